@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Builds the release preset and measures. One line a figure: name, value, unit, the machine's own limit, their ratio.
+#   scripts/bench.sh [--json FILE] [--filter REGEX]
+set -euo pipefail
+json=""
+filter="."
+while [ $# -gt 0 ]; do
+    case "$1" in
+    --json) json="$(realpath -m "$2")"; shift 2 ;;
+    --filter) filter="$2"; shift 2 ;;
+    *) echo "usage: scripts/bench.sh [--json FILE] [--filter REGEX]" >&2; exit 2 ;;
+    esac
+done
+cd "$(dirname "$0")/.."
+scripts/setup.sh >&2
+cmake --preset release >/dev/null
+cmake --build --preset release >&2
+export KORVANE_BENCH_DATA="$PWD/build/bench-data"
+figures="$(mktemp -d)"
+trap 'rm -rf "$figures"' EXIT
+for program in build/release/benchmarks/*_bench; do
+    name=$(basename "$program")
+    run=("$program" "--benchmark_filter=$filter" "--figures=$figures/$name")
+    if [ -z "${DISPLAY:-}" ] && [ "$name" = application_bench ]; then
+        run=(xvfb-run --auto-servernum --server-args="-screen 0 1440x960x24" "${run[@]}")
+    fi
+    "${run[@]}" 2>"$figures/$name.log" || { cat "$figures/$name.log" >&2; exit 1; }
+done
+if [ -n "$json" ]; then
+    { echo "{"; cat "$figures"/*_bench | sed '$!s/$/,/; s/^/  /'; echo "}"; } > "$json"
+fi
