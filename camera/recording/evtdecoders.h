@@ -1,0 +1,23 @@
+#pragma once
+
+#include "camera/recording/evtdecoder.h"
+
+namespace korvane::recording {
+
+// The decoders by encoding and instruction set. "Wide" ones need hasWideInstructions(); they hand blocks that
+// are out of the ordinary (time changes, triggers, steps back, pixels outside) to the portable ones.
+
+void decodeEvt2Portable(EvtState& state, EvtPass& pass, EvtCounts& counts);
+void decodeEvt21Portable(EvtState& state, EvtPass& pass, EvtCounts& counts);
+void decodeEvt21LegacyPortable(EvtState& state, EvtPass& pass, EvtCounts& counts);
+void decodeEvt3Portable(EvtState& state, EvtPass& pass, EvtCounts& counts);
+
+void decodeEvt2Wide(EvtState& state, EvtPass& pass, EvtCounts& counts);
+void decodeEvt21Wide(EvtState& state, EvtPass& pass, EvtCounts& counts);
+void decodeEvt21LegacyWide(EvtState& state, EvtPass& pass, EvtCounts& counts);
+void decodeEvt3Wide(EvtState& state, EvtPass& pass, EvtCounts& counts);
+
+/// Whether this processor has the AVX-512 subsets that the wide decoders are compiled for.
+bool hasWideInstructions();
+
+} // namespace korvane::recording

@@ -1,0 +1,19 @@
+#include "camera/recording/recordingbackend.h"
+
+#include "camera/recording/rawfilereader.h"
+
+#include <QDebug>
+
+namespace korvane::recording {
+
+std::unique_ptr<DvsFileReader> RecordingBackend::createDvsFileReader(const std::string& path)
+{
+    QString error;
+    auto reader = RawFileReader::open(path, error);
+    if (!reader)
+        qWarning().noquote().nospace()
+            << QString::fromLocal8Bit(path.c_str()) << ": is not a recording that can be read: " << error;
+    return reader;
+}
+
+} // namespace korvane::recording

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "camera/driver/backend.h"
+
+namespace korvane::recording {
+
+/// Opens recordings from disk: `.raw` event files of any of the field's encodings. Any thread.
+class RecordingBackend : public Backend
+{
+public:
+    std::string name() const override { return "recordings"; }
+    std::unique_ptr<DvsFileReader> createDvsFileReader(const std::string& path) override;
+};
+
+} // namespace korvane::recording

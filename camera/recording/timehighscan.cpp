@@ -1,0 +1,72 @@
+#include "camera/recording/timehighscan.h"
+
+#include <cstring>
+
+// The compiler makes one version for each of these and the loader picks what the processor has.
+#if defined(__x86_64__) && !defined(__clang__) && !defined(__SANITIZE_THREAD__)                              \
+    && !defined(__SANITIZE_ADDRESS__)
+#define KORVANE_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
+#else
+#define KORVANE_CLONES
+#endif
+
+namespace korvane::recording {
+
+namespace {
+
+template <typename Word>
+[[gnu::always_inline]] inline bool matches(Word word, const TimeHighPattern<Word>& pattern)
+{
+    return ((word & pattern.mask) == pattern.tag) & ((word & pattern.valueMask) != pattern.current);
+}
+
+/// Words may stand at any address: they are loaded by copying.
+template <typename Word>
+[[gnu::always_inline]] inline std::size_t findIn(const Word* words, std::size_t count,
+                                                 const TimeHighPattern<Word>& pattern)
+{
+    constexpr std::size_t block = 256 / sizeof(Word);
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(words);
+    std::size_t at = 0;
+    for (; at + block <= count; at += block) {
+        Word loaded[block];
+        std::memcpy(loaded, bytes + at * sizeof(Word), sizeof loaded);
+        Word any = 0;
+        for (std::size_t i = 0; i < block; ++i)
+            any = static_cast<Word>(any | static_cast<Word>(matches(loaded[i], pattern)));
+        if (any)
+            break;
+    }
+    for (; at < count; ++at) {
+        Word word;
+        std::memcpy(&word, bytes + at * sizeof(Word), sizeof word);
+        if (matches(word, pattern))
+            break;
+    }
+    return at;
+}
+
+} // namespace
+
+KORVANE_CLONES
+std::size_t findTimeHighChange(const std::uint16_t* words, std::size_t count,
+                               TimeHighPattern<std::uint16_t> pattern)
+{
+    return findIn(words, count, pattern);
+}
+
+KORVANE_CLONES
+std::size_t findTimeHighChange(const std::uint32_t* words, std::size_t count,
+                               TimeHighPattern<std::uint32_t> pattern)
+{
+    return findIn(words, count, pattern);
+}
+
+KORVANE_CLONES
+std::size_t findTimeHighChange(const std::uint64_t* words, std::size_t count,
+                               TimeHighPattern<std::uint64_t> pattern)
+{
+    return findIn(words, count, pattern);
+}
+
+} // namespace korvane::recording

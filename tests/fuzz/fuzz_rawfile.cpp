@@ -1,0 +1,103 @@
+#include "camera/recording/rawfilereader.h"
+#include "tests/fuzz/require.h"
+#include "tests/support/randomstreams.h"
+#include "tests/support/referencedecoder.h"
+
+#include <QtGlobal>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <string>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+using namespace korvane;
+using namespace korvane::recording;
+
+namespace {
+
+/// A file without a name or a place on a disk.
+class MemoryFile
+{
+public:
+    MemoryFile() : handle(memfd_create("recording", MFD_CLOEXEC)) { require(handle >= 0, "there is a file"); }
+    ~MemoryFile() { close(handle); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    void write(const std::uint8_t* data, std::size_t size) const
+    {
+        require(::write(handle, data, size) == static_cast<ssize_t>(size), "the file takes its content");
+    }
+    std::string path() const { return "/proc/self/fd/" + std::to_string(handle); }
+
+private:
+    int handle;
+};
+
+template <typename Record>
+bool holds(const std::vector<Record>& window, const std::vector<Record>& all, std::uint64_t start,
+           std::uint64_t duration)
+{
+    std::vector<Record> expected;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(expected), [=](const Record& record) {
+        return record.timestamp >= start && record.timestamp - start < duration;
+    });
+    return window == expected;
+}
+
+void tryWindows(RawFileReader& reader, const reference::Decoded& whole, RandomStreams& random)
+{
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    reader.getStartTimestamp(first);
+    reader.getEndTimestamp(last);
+    require(first == whole.events.front().timestamp, "the first event's time is the start");
+    require(last == whole.events.back().timestamp, "the last event's time is the end");
+    for (int i = 0; i < 6; ++i) {
+        const std::uint64_t start
+            = i % 2 == 0 ? random.below(last + 1) : whole.events[random.below(whole.events.size())].timestamp;
+        const std::uint64_t duration = random.below((last >> random.below(40)) + 2);
+        const auto events = reader.getEventsAt(start, duration);
+        require(events && holds(*events, whole.events, start, duration), "a window holds its events");
+        const auto triggers = reader.getTriggersAt(start, duration);
+        require(triggers && holds(*triggers, whole.triggers, start, duration), "a window holds its triggers");
+        require(reader.seekTime(std::clamp(start, first, last)), "times inside can be sought");
+        require(!reader.isEnd() && reader.getNextEvents(duration), "there is something behind a time inside");
+    }
+    require(!reader.seekTime(last + 1) && !reader.getEventsAt(last + 1, 1), "nothing is behind the end");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    return 0;
+}
+
+// Input: a whole file.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const MemoryFile file;
+    file.write(data, size);
+    QString error;
+    const auto reader = RawFileReader::open(file.path(), error);
+    require((reader != nullptr) == error.isEmpty(), "there is a reader or a reason");
+    if (!reader)
+        return 0;
+    const bool loaded = reader->loadFile();
+    const auto whole = reference::decode(reader->encoding(),
+                                         std::span(data, size).subspan(reader->fileHeader().bodyOffset),
+                                         reader->sensorGeometry());
+    require(loaded == !whole.events.empty(), "a file with events is loaded, and no other");
+    if (loaded) {
+        RandomStreams random(size + data[size / 2]);
+        tryWindows(*reader, whole, random);
+    }
+    return 0;
+}

@@ -1,0 +1,1 @@
+korvane_add_test(kernels_test SOURCES eventpainter_test.cpp LINKS korvane_kernels)
