@@ -1,0 +1,180 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="zh_CN" sourcelanguage="en_US">
+<context>
+    <name>CamerasList</name>
+    <message>
+        <source>Open a camera</source>
+        <translation>打开相机</translation>
+    </message>
+    <message>
+        <source>Search Cameras...</source>
+        <translation>搜索相机…</translation>
+    </message>
+    <message>
+        <source>Camera List</source>
+        <translation>相机列表</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>打开</translation>
+    </message>
+</context>
+<context>
+    <name>InitDialog</name>
+    <message>
+        <source>Version: %1</source>
+        <translation>版本：%1</translation>
+    </message>
+    <message>
+        <source>© 2024–2026 Korvane Imaging. All rights reserved.</source>
+        <translation>© 2024–2026 Korvane Imaging 版权所有</translation>
+    </message>
+</context>
+<context>
+    <name>KvFilePathReminderForm</name>
+    <message>
+        <source>Success</source>
+        <translation>成功</translation>
+    </message>
+    <message>
+        <source>Open Dir</source>
+        <translation>打开目录</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>警告</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>错误</translation>
+    </message>
+</context>
+<context>
+    <name>LiveSession</name>
+    <message>
+        <source>Open camera: </source>
+        <translation>打开相机 </translation>
+    </message>
+    <message>
+        <source>failed.</source>
+        <translation> 失败。</translation>
+    </message>
+    <message>
+        <source>Save file success!</source>
+        <translation>文件保存成功！</translation>
+    </message>
+    <message>
+        <source>Recording stopped: </source>
+        <translation>录制已中断：</translation>
+    </message>
+</context>
+<context>
+    <name>MenuActions</name>
+    <message>
+        <source>Is it open in the browser?</source>
+        <translation>是否在浏览器中打开？</translation>
+    </message>
+    <message>
+        <source>Tips</source>
+        <translation>提示</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>打开</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <source>The language change will take effect after restart.</source>
+        <translation>语言更改将在重启后生效。</translation>
+    </message>
+    <message>
+        <source>Restart</source>
+        <translation>立即重启</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>稍后</translation>
+    </message>
+</context>
+<context>
+    <name>RecordingOpener</name>
+    <message>
+        <source>Select a raw file</source>
+        <translation>选择 RAW 文件</translation>
+    </message>
+    <message>
+        <source>RAW files (*.raw)</source>
+        <translation>RAW 文件 (*.raw)</translation>
+    </message>
+</context>
+<context>
+    <name>Widget</name>
+    <message>
+        <source>Widget</source>
+        <translation>KorvaneInsight</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>文件</translation>
+    </message>
+    <message>
+        <source>Device</source>
+        <translation>设备</translation>
+    </message>
+    <message>
+        <source>Setting</source>
+        <translation>设置</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>帮助</translation>
+    </message>
+    <message>
+        <source>Camera: </source>
+        <translation>相机：</translation>
+    </message>
+    <message>
+        <source> | Time: </source>
+        <translation> | 时间：</translation>
+    </message>
+    <message>
+        <source>--/ --</source>
+        <translation>--/ --</translation>
+    </message>
+</context>
+<context>
+    <name>WindowMenus</name>
+    <message>
+        <source>Open Camera</source>
+        <translation>打开相机</translation>
+    </message>
+    <message>
+        <source>Open Recording</source>
+        <translation>打开录像</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation>退出</translation>
+    </message>
+    <message>
+        <source>EN/中文</source>
+        <translation>EN/中文</translation>
+    </message>
+    <message>
+        <source>About us</source>
+        <translation>关于我们</translation>
+    </message>
+    <message>
+        <source>Toggle Start/End Point</source>
+        <translation>显示起止点</translation>
+    </message>
+</context>
+</TS>
