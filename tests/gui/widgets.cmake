@@ -1,0 +1,19 @@
+korvane_add_test(widgets_test GUI
+    SOURCES
+        kvcapturedlog.h
+        kvfilepathreminderform_test.cpp
+        kvmessagebox_test.cpp
+        kvpopwidget_test.cpp
+        kvslider_test.cpp
+        kvthreehandlegeometry_test.cpp
+        kvthreehandleslider_test.cpp
+        kvthreehandlesliderfixture.h
+        kvthreehandlesliderpainting_test.cpp
+        kvwaitingwin_test.cpp
+        timestamptext_test.cpp
+    LINKS korvane_widgets korvane_resources)
+
+# Linked without the program's images, to see them missing.
+korvane_add_test(widgets_without_images_test GUI
+    SOURCES kvcapturedlog.h kvwaitingwinwithoutgif_test.cpp
+    LINKS korvane_widgets)

@@ -1,0 +1,125 @@
+#include "widgets/kvfilepathreminderform.h"
+
+#include "ui_kvfilepathreminderform.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QTextBoundaryFinder>
+#include <QTimer>
+#include <QUrl>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int lifetimeMs = 3000;
+constexpr int preferredTextWidth = 360;
+
+/// The text with break marks in the words that are wider than a line, such as a long file name.
+QString breakable(const QString& text, const QFontMetrics& metrics, int lineWidth)
+{
+    constexpr QChar mark(0x200B); // zero width space
+    QString result;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
+    for (qsizetype begin = 0, end = finder.toNextBoundary(); end >= 0;
+         begin = end, end = finder.toNextBoundary()) {
+        const QString word = text.mid(begin, end - begin);
+        const bool tooWide = metrics.horizontalAdvance(word) > lineWidth;
+        for (const QChar letter : word) {
+            if (tooWide && !letter.isLowSurrogate())
+                result += mark;
+            result += letter;
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+KvFilePathReminderForm::KvFilePathReminderForm(QString tips, KvMessageType type, QString file_path,
+                                               QWidget* parent)
+    : QWidget(parent), ui(std::make_unique<Ui::KvFilePathReminderForm>())
+{
+    ui->setupUi(this);
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    ui->lb_show_tips->setText(tips);
+    if (file_path.isEmpty())
+        ui->pb_open_dir->hide();
+    applyLook(type);
+    filePath = std::move(file_path);
+
+    fitText();
+
+    auto* timer = new QTimer(this);
+    timer->start(lifetimeMs);
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, this, &KvFilePathReminderForm::onTimeupDestroy);
+    // It has no owner, and the program may end before its time is up.
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
+}
+
+KvFilePathReminderForm::~KvFilePathReminderForm() = default;
+
+void KvFilePathReminderForm::applyLook(KvMessageType type)
+{
+    const auto apply = [this](const QString& title, QLatin1StringView background, QLatin1StringView color,
+                              QLatin1StringView icon) {
+        // Until it is polished a widget goes on with the rules of the style sheet that it had first.
+        ui->widget_item->ensurePolished();
+        QString style = ui->widget_item->styleSheet();
+        style.replace(QLatin1StringView("#F5FCF6"), background);
+        style.replace(QLatin1StringView("#58DB6D"), color);
+        style.replace(QLatin1StringView("icon_toasts_success"), icon);
+        ui->widget_item->setStyleSheet(style);
+        ui->lb_title->setText(title);
+    };
+    if (type == Warning)
+        apply(tr("Warning"), QLatin1StringView("#FEFBF4"), QLatin1StringView("#F9BF37"),
+              QLatin1StringView("icon_toasts_warning"));
+    else if (type == Error)
+        apply(tr("Error"), QLatin1StringView("#FFF6F6"), QLatin1StringView("#FF6058"),
+              QLatin1StringView("icon_toasts_error"));
+}
+
+void KvFilePathReminderForm::fitText()
+{
+    QLabel* label = ui->lb_show_tips;
+    label->ensurePolished();
+    const QFontMetrics metrics = label->fontMetrics();
+    label->setText(breakable(label->text(), metrics, preferredTextWidth));
+    const QRect space(0, 0, preferredTextWidth, QWIDGETSIZE_MAX);
+    const QSize text = metrics.boundingRect(space, Qt::TextWordWrap, label->text()).size();
+    label->setFixedSize(text.width() + 1, std::max(text.height(), metrics.height()));
+    resize(sizeHint());
+}
+
+void KvFilePathReminderForm::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    // A window that is shown without being activated may be put below the active one, unless it belongs to
+    // it.
+    QWindow* window = windowHandle();
+    const QWidget* active = QApplication::activeWindow();
+    if (window != nullptr && window->transientParent() == nullptr && active != nullptr && active != this)
+        window->setTransientParent(active->windowHandle());
+}
+
+void KvFilePathReminderForm::onTimeupDestroy()
+{
+    deleteLater();
+}
+
+void KvFilePathReminderForm::on_pb_open_dir_clicked()
+{
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(filePath)))
+        qDebug("Failed to open directory.");
+}
+
+void KvFilePathReminderForm::on_pb_close_clicked()
+{
+    close();
+}
