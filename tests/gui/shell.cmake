@@ -1,0 +1,13 @@
+korvane_add_test(missingresources_test GUI SOURCES missingresources_test.cpp LINKS korvane_shell)
+# An English translation without a single text can be loaded but not installed.
+string(ASCII 60 184 100 24 202 239 156 149 205 33 28 191 96 161 189 221 emptyTranslation)
+file(CONFIGURE OUTPUT emptytranslation/app_en.qm CONTENT "${emptyTranslation}" @ONLY)
+qt_add_resources(missingresources_test emptytranslation
+    PREFIX / BASE "${CMAKE_CURRENT_BINARY_DIR}/emptytranslation"
+    FILES "${CMAKE_CURRENT_BINARY_DIR}/emptytranslation/app_en.qm")
+
+if(TARGET korvane_resources)
+    korvane_add_test(fonts_test GUI SOURCES fonts_test.cpp LINKS korvane_shell korvane_resources)
+    korvane_add_test(languages_test GUI SOURCES languages_test.cpp LINKS korvane_shell korvane_resources)
+    korvane_add_test(initdialog_test GUI SOURCES initdialog_test.cpp LINKS korvane_shell korvane_resources)
+endif()
