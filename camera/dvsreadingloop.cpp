@@ -1,0 +1,67 @@
+#include "camera/dvsreadingloop.h"
+
+#include <QDebug>
+
+#include <chrono>
+#include <utility>
+
+DvsReadingLoop::DvsReadingLoop(SourceState& sharedState, const DisplayTiming& displayTiming, Hooks handlers)
+    : state(sharedState), timing(displayTiming), hooks(std::move(handlers))
+{
+}
+
+DvsReadingLoop::~DvsReadingLoop()
+{
+    if (!readingThread.joinable())
+        return;
+    state.filePlaying = false;
+    wait.wake();
+    readingThread.join();
+}
+
+void DvsReadingLoop::start(std::shared_ptr<korvane::DvsCamera> camera)
+{
+    if (readingThread.joinable()) {
+        state.filePlaying = false;
+        wait.wake();
+        readingThread.join();
+    }
+    state.filePlaying = true;
+    const std::uint64_t session = ++state.playSession;
+    readingThread = std::thread([this, source = std::move(camera), session] { run(source, session); });
+}
+
+void DvsReadingLoop::stop()
+{
+    state.filePlaying = false;
+    wait.wake();
+    if (readingThread.joinable())
+        readingThread.join();
+}
+
+void DvsReadingLoop::run(const std::shared_ptr<korvane::DvsCamera>& camera, std::uint64_t session)
+{
+    using Clock = std::chrono::steady_clock;
+    using std::chrono::microseconds;
+    while (state.filePlaying) {
+        const auto t0 = Clock::now();
+        if (camera->getNextEventBatch(batch) && !batch.empty()) {
+            lastEventTimestamp = batch.back().timestamp;
+            hooks.addEvents(batch.data(), batch.data() + batch.size());
+            hooks.eventsReady();
+            // This wait spans a picture already, so the next one is then skipped as a rule.
+            wait.waitFor(std::chrono::milliseconds(1000 / timing.frameRate.load()), state.filePlaying);
+        }
+        const auto elapsed = std::chrono::duration_cast<microseconds>(Clock::now() - t0);
+        const auto remaining = microseconds(timing.framePeriod.load()) - elapsed;
+        if (remaining.count() > 0 && state.filePlaying)
+            wait.waitFor(remaining, state.filePlaying);
+        if (!camera->isConnected()) {
+            qDebug().noquote() << "Camera connection lost.";
+            // A stop that came first has already said that this session is over.
+            if (state.filePlaying.exchange(false))
+                hooks.connectionLost(session);
+            return;
+        }
+    }
+}

@@ -1,0 +1,14 @@
+korvane_add_test(dvsplayer_test GUI
+    SOURCES
+        dvsplayer_test.cpp
+        dvsplayerplaying_test.cpp
+        dvsplayerrange_test.cpp
+        ../support/scriptedreader.cpp
+    LINKS korvane_playback)
+
+korvane_add_test(recordingopener_test GUI
+    SOURCES
+        recordingopener_test.cpp
+        ../support/scriptedcamera.cpp
+        ../support/scriptedreader.cpp
+    LINKS korvane_playback korvane_camera korvane_recording korvane_resources)
