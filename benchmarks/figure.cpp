@@ -1,0 +1,46 @@
+#include "benchmarks/figure.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace figure {
+
+void report(benchmark::State& state, const char* unit, Better better, double value, double limit)
+{
+    state.SetLabel(unit);
+    state.counters["value"] = value;
+    state.counters["limit"] = limit;
+    state.counters["higher"] = better == Better::Higher ? 1 : 0;
+}
+
+double bestOfFive(const std::function<void()>& work)
+{
+    double best = std::numeric_limits<double>::max();
+    for (int i = 0; i < 5; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        best
+            = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    return best;
+}
+
+double secondsToCopy(std::size_t bytes, std::size_t window)
+{
+    window = std::min(window, bytes);
+    const std::vector<std::uint8_t> source(window, 1);
+    std::vector<std::uint8_t> target(window, 0);
+    return bestOfFive([&] {
+        for (std::size_t done = 0; done < bytes; done += window) {
+            std::memcpy(target.data(), source.data(), std::min(window, bytes - done));
+            benchmark::DoNotOptimize(target.data());
+            benchmark::ClobberMemory();
+        }
+    });
+}
+
+} // namespace figure

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <functional>
+
+/// Figures: what a benchmark measured, beside what the machine itself can do with the same bytes.
+namespace figure {
+
+/// Which of two values is the better one.
+enum class Better {
+    Higher,
+    Lower,
+};
+
+/// Reports the figure of one run. `limit` is in the same unit.
+void report(benchmark::State& state, const char* unit, Better better, double value, double limit);
+
+/// Seconds that copying this many bytes takes at best of five, within buffers of at most `window` bytes each.
+double secondsToCopy(std::size_t bytes, std::size_t window);
+
+/// Seconds of wall time at best of five.
+double bestOfFive(const std::function<void()>& work);
+
+} // namespace figure

@@ -1,0 +1,215 @@
+#include "benchmarks/figure.h"
+#include "benchmarks/streams.h"
+#include "camera/recording/evtdecoder.h"
+#include "camera/recording/rawfilereader.h"
+#include "display/eventframebuffer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <random>
+
+namespace {
+
+using korvane::Event2D;
+using namespace korvane::recording;
+
+constexpr std::size_t streamBytes = 32 * 1024 * 1024;
+constexpr std::size_t outputEvents = 32 * 1024;
+constexpr std::size_t gigabyte = 1'000'000'000;
+
+double now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+std::string dataFolder()
+{
+    const char* const folder = std::getenv("KORVANE_BENCH_DATA");
+    return folder ? folder : "bench-data";
+}
+
+/// Decodes a stream into a recycled buffer, all checks on, as windows of recordings are.
+std::size_t decodeAll(const EvtDecoder& decoder, const streams::Bytes& bytes, std::vector<Event2D>& out)
+{
+    EvtState state;
+    EvtCounts counts;
+    EvtPass pass;
+    pass.next = bytes.data();
+    pass.end = bytes.data() + bytes.size();
+    pass.streamEnd = pass.end;
+    pass.geometry = {1280, 720};
+    std::size_t events = 0;
+    while (pass.end - pass.next >= static_cast<std::ptrdiff_t>(wordSize(decoder.encoding()))) {
+        pass.out = out.data();
+        pass.outEnd = out.data() + out.size();
+        decoder.decode(state, pass, counts);
+        events += static_cast<std::size_t>(pass.out - out.data());
+        benchmark::DoNotOptimize(out.data());
+    }
+    return events;
+}
+
+void measureDecoding(benchmark::State& state, EvtEncoding encoding, const streams::Bytes& bytes)
+{
+    const EvtDecoder decoder(encoding);
+    std::vector<Event2D> out(outputEvents);
+    std::size_t events = 0;
+    const double seconds = figure::bestOfFive([&] { events = decodeAll(decoder, bytes, out); });
+    for (auto _ : state)
+        benchmark::DoNotOptimize(events);
+    const double copy = figure::secondsToCopy(events * sizeof(Event2D), outputEvents * sizeof(Event2D));
+    state.counters["bytes_per_event"] = static_cast<double>(bytes.size()) / static_cast<double>(events);
+    const auto millions = static_cast<double>(events) / 1e6;
+    figure::report(state, "Mevents/s", figure::Better::Higher, millions / seconds, millions / copy);
+}
+
+void decode_evt3(benchmark::State& state)
+{
+    measureDecoding(state, EvtEncoding::Evt3, streams::busyEvt3(streamBytes));
+}
+
+void decode_evt3_sparse(benchmark::State& state)
+{
+    measureDecoding(state, EvtEncoding::Evt3, streams::sparseEvt3(streamBytes));
+}
+
+void decode_evt2(benchmark::State& state)
+{
+    measureDecoding(state, EvtEncoding::Evt2, streams::evt2(streamBytes));
+}
+
+void decode_evt21(benchmark::State& state)
+{
+    measureDecoding(state, EvtEncoding::Evt21, streams::evt21(streamBytes));
+}
+
+std::unique_ptr<RawFileReader> openRecording(benchmark::State& state, const std::string& path)
+{
+    QString error;
+    auto reader = RawFileReader::open(path, error);
+    if (!reader)
+        state.SkipWithError(qPrintable(QStringLiteral("cannot open the recording: ") + error));
+    return reader;
+}
+
+/// The scan that loadFile does, over a file in the page cache; the limit reads the same mapping word by word.
+void index_scan(benchmark::State& state)
+{
+    const std::string path = streams::busyRecording(dataFolder(), gigabyte);
+    MappedFile file(QString::fromStdString(path));
+    if (!file.open()) {
+        state.SkipWithError("cannot map the recording");
+        return;
+    }
+    const auto bytes = file.bytes();
+    const EvtDecoder decoder(EvtEncoding::Evt3);
+    const auto body
+        = bytes.subspan(RawFileReader::open(path, *std::make_unique<QString>())->fileHeader().bodyOffset);
+    const double limit = figure::bestOfFive([&] {
+        std::uint64_t sum = 0;
+        const auto* const words = reinterpret_cast<const std::uint64_t*>(bytes.data());
+        for (std::size_t i = 0; i < bytes.size() / 8; ++i)
+            sum += words[i];
+        benchmark::DoNotOptimize(sum);
+    });
+    const double seconds = figure::bestOfFive([&] {
+        EvtCounts counts;
+        const auto index = RecordingIndex::build(decoder, {1280, 720}, body, counts);
+        benchmark::DoNotOptimize(index.entries().data());
+    });
+    for (auto _ : state)
+        benchmark::DoNotOptimize(seconds);
+    const auto size = static_cast<double>(bytes.size()) / 1e9;
+    figure::report(state, "GB/s", figure::Better::Higher, size / seconds, size / limit);
+}
+
+/// From createFileReader to a picture with the first window's events in it, the page cache warm.
+void open_1gb(benchmark::State& state)
+{
+    const std::string path = streams::busyRecording(dataFolder(), gigabyte);
+    double best = 1e9;
+    double limit = 1e9;
+    for (auto _ : state) {
+        for (int i = 0; i < 5; ++i) {
+            const double start = now();
+            const auto reader = openRecording(state, path);
+            if (!reader || !reader->loadFile())
+                return;
+            EventFrameBuffer frames;
+            const auto window = reader->getEventsAt(0, 33333);
+            frames.addEvents(window->data(), window->data() + window->size());
+            const QImage picture = frames.takeImage();
+            benchmark::DoNotOptimize(picture.constBits());
+            best = std::min(best, now() - start);
+        }
+        MappedFile file(QString::fromStdString(path));
+        file.open();
+        limit = figure::bestOfFive([&] {
+            std::uint64_t sum = 0;
+            const auto* const words = reinterpret_cast<const std::uint64_t*>(file.bytes().data());
+            for (std::size_t i = 0; i < file.bytes().size() / 8; ++i)
+                sum += words[i];
+            benchmark::DoNotOptimize(sum);
+        });
+    }
+    figure::report(state, "s", figure::Better::Lower, best, limit);
+}
+
+/// A window of 33 ms at a random place; the limit copies the window's events.
+void seek_window_p99(benchmark::State& state)
+{
+    const std::string path = streams::busyRecording(dataFolder(), gigabyte);
+    const auto reader = openRecording(state, path);
+    if (!reader || !reader->loadFile())
+        return;
+    std::uint64_t end = 0;
+    reader->getEndTimestamp(end);
+    std::mt19937_64 random(1);
+    std::vector<double> times;
+    std::size_t events = 0;
+    for (auto _ : state) {
+        for (int i = 0; i < 1000; ++i) {
+            const std::uint64_t at = random() % (end - 33000);
+            const double start = now();
+            const auto window = reader->getEventsAt(at, 33000);
+            times.push_back(now() - start);
+            events = window->size();
+        }
+    }
+    std::sort(times.begin(), times.end());
+    const double limit = figure::secondsToCopy(events * sizeof(Event2D), events * sizeof(Event2D));
+    figure::report(state, "ms", figure::Better::Lower, times[times.size() * 99 / 100] * 1e3, limit * 1e3);
+}
+
+/// Painting windows of 33 ms at 10 million events a second.
+void add_events(benchmark::State& state)
+{
+    const auto bytes = streams::busyEvt3(1024 * 1024);
+    const EvtDecoder decoder(EvtEncoding::Evt3);
+    std::vector<Event2D> events(512 * 1024);
+    const std::size_t count = decodeAll(decoder, bytes, events);
+    EventFrameBuffer frames;
+    constexpr int rounds = 50;
+    const double seconds = figure::bestOfFive([&] {
+        for (int i = 0; i < rounds; ++i)
+            frames.addEvents(events.data(), events.data() + count);
+    });
+    for (auto _ : state)
+        benchmark::DoNotOptimize(count);
+    const double copy = figure::secondsToCopy(rounds * count, count);
+    const auto millions = static_cast<double>(rounds * count) / 1e6;
+    figure::report(state, "Mevents/s", figure::Better::Higher, millions / seconds, millions / copy);
+}
+
+/// The best of repeated runs is taken: another process on the machine slows some of them down.
+BENCHMARK(decode_evt3)->Iterations(1)->Repetitions(3);
+BENCHMARK(decode_evt3_sparse)->Iterations(1)->Repetitions(3);
+BENCHMARK(decode_evt2)->Iterations(1)->Repetitions(3);
+BENCHMARK(decode_evt21)->Iterations(1)->Repetitions(3);
+BENCHMARK(index_scan)->Iterations(1)->Repetitions(2);
+BENCHMARK(open_1gb)->Iterations(1)->Repetitions(2);
+BENCHMARK(seek_window_p99)->Iterations(1)->Repetitions(3);
+BENCHMARK(add_events)->Iterations(1)->Repetitions(3);
+
+} // namespace

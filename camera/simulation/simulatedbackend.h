@@ -1,0 +1,43 @@
+#pragma once
+
+#include "camera/driver/backend.h"
+#include "camera/simulation/simulatedcameraconfig.h"
+#include "camera/simulation/simulateddvscamera.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace korvane::simulation {
+
+/// Offers simulated cameras. A camera has one owner: while it is open, opening it again fails. Any thread.
+class SimulatedBackend : public Backend
+{
+public:
+    explicit SimulatedBackend(const std::vector<SimulatedCameraConfig>& configs = standardCameras());
+
+    std::string name() const override { return "simulation"; }
+    std::vector<CameraDescription> cameraDescriptions() override;
+    std::shared_ptr<DvsCamera> openCamera(const std::string& serial) override;
+
+    /// Unplugs the camera with this serial: it is no longer listed, and when it is open its stream ends.
+    void pull(const std::string& serial);
+    /// Plugs it in again; what was open before the pull stays lost.
+    void plug(const std::string& serial);
+
+private:
+    struct Slot
+    {
+        SimulatedCameraConfig config;
+        bool plugged = true;
+        bool opening = false;
+        std::weak_ptr<SimulatedDvsCamera> camera;
+    };
+    Slot* slotOf(const std::string& serial);
+
+    std::mutex mutex;
+    std::vector<Slot> sockets; // guarded by mutex; as many for ever
+};
+
+} // namespace korvane::simulation

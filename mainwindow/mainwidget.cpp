@@ -1,0 +1,384 @@
+#include "mainwindow/mainwidget.h"
+
+#include "ui_mainwidget.h"
+
+#include "app/config.h"
+#include "camera/livesession.h"
+#include "display/showimageform.h"
+#include "mainwindow/menuactions.h"
+#include "mainwindow/windowmenus.h"
+#include "playback/dvsplayer.h"
+#include "playback/recordingopener.h"
+#include "widgets/kvthreehandleslider.h"
+#include "widgets/timestamptotext.h"
+
+#include <QFile>
+#include <QGraphicsDropShadowEffect>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QStyle>
+#include <QTimer>
+#include <QWindow>
+
+#include <QWKWidgets/widgetwindowagent.h>
+
+#include <utility>
+
+namespace {
+
+void addPaneShadow(QWidget* pane)
+{
+    auto* const shadow = new QGraphicsDropShadowEffect(pane);
+    shadow->setOffset(0, 3);
+    shadow->setColor(QColor(0, 0, 0, 41));
+    shadow->setBlurRadius(6);
+    pane->setGraphicsEffect(shadow);
+}
+
+QString styleSheetFrom(const QString& address)
+{
+    QFile file(address);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+} // namespace
+
+MainWidget::MainWidget(QWidget* parent)
+    : QWidget(parent), ui(std::make_unique<Ui::Widget>()),
+      config(Config::getInstance(QStringLiteral("config.ini"))), toasts(*this)
+{
+    ui->setupUi(this);
+    setUpFrame();
+    timeSlider = new KvThreeHandleSlider(nullptr, 1, 1);
+    timeSlider->setObjectName(QStringLiteral("time_slider"));
+    timeSlider->setEnabled(false);
+    timeSlider->setCenterValue(0);
+    ui->layout_time_slider->addWidget(timeSlider);
+    imageView = new ShowImageForm(ui->widget_show_image);
+    ui->layout_show_image->addWidget(imageView);
+    setUpDecorations();
+    menus = new WindowMenus(this,
+                            {ui->pb_menu_file, ui->pb_menu_device, ui->pb_menu_setting, ui->pb_menu_help});
+    createCollaborators();
+    connectSignals();
+    if (const QScreen* const screen = QGuiApplication::primaryScreen())
+        resize(size().boundedTo(screen->availableSize()).expandedTo(minimumSize()));
+}
+
+MainWidget::~MainWidget()
+{
+    if (ui->pb_play->isChecked())
+        on_pb_play_clicked();
+    // What they still tell while they end concerns nobody any more.
+    recordingOpener->disconnect(this);
+    dvsPlayer->disconnect(this);
+    liveSession->disconnect(this);
+    dvsPlayer.reset();
+    liveSession.reset();
+}
+
+void MainWidget::setUpFrame()
+{
+    auto* const agent = new QWK::WidgetWindowAgent(this);
+    agent->setup(this);
+    agent->setTitleBar(ui->widget_title_space);
+    agent->setSystemButton(QWK::WindowAgentBase::WindowIcon, ui->pb_logo_button);
+    agent->setSystemButton(QWK::WindowAgentBase::Minimize, ui->pb_win_min);
+    agent->setSystemButton(QWK::WindowAgentBase::Maximize, ui->pb_win_max);
+    agent->setSystemButton(QWK::WindowAgentBase::Close, ui->pb_win_close);
+}
+
+void MainWidget::setUpDecorations()
+{
+    ui->splitter->setContentsMargins(10, 10, 10, 10);
+    ui->splitter->setStretchFactor(0, 1);
+    ui->splitter->setStretchFactor(1, 10);
+    addPaneShadow(ui->frame_setting);
+    addPaneShadow(ui->frame_main);
+    // The settings panels move in here; until then the pane would be an empty strip.
+    ui->frame_setting->hide();
+}
+
+void MainWidget::createCollaborators()
+{
+    liveSession = std::make_unique<LiveSession>(sourceState, displayTiming, eventFrameBuffer, *config, this,
+                                                ui->widget_show_image);
+    dvsPlayer = std::make_unique<DvsPlayer>(sourceState, displayTiming, eventFrameBuffer, *timeSlider);
+    recordingOpener
+        = std::make_unique<RecordingOpener>(sourceState, *dvsPlayer, *config, this, ui->widget_show_image);
+}
+
+void MainWidget::connectSignals()
+{
+    connect(this, &MainWidget::resetShowCameraFormTitle, this, &MainWidget::setShowTitleInfo);
+    connect(this, &MainWidget::toShowCameraSerial, this, &MainWidget::showCameraSerial);
+    connect(this, &MainWidget::toShowCameraTimestamp, this, &MainWidget::showTimeStamp);
+    connect(this, &MainWidget::setShowCameraLiveUI, this, &MainWidget::showCameraPlayingUI);
+    connect(this, &MainWidget::signalShowLeftBottomTips, this, &MainWidget::slotShowLeftBottomTips);
+    connect(this, &MainWidget::triggerEventsToShow, this, qOverload<>(&MainWidget::getEventsToShow));
+    connect(this, &MainWidget::triggerShowPixmap, this, qOverload<QPixmap*>(&MainWidget::getEventsToShow));
+    connect(timeSlider, &KvThreeHandleSlider::centerValueTrackClick, this,
+            &MainWidget::onSliderTimeTrackClick);
+    connect(timeSlider, &KvThreeHandleSlider::centerValueMove, this, &MainWidget::onSliderTimeMove);
+
+    connect(menus, &WindowMenus::openCameraRequested, this, &MainWidget::slotOpenCamera);
+    connect(menus, &WindowMenus::openRecordingRequested, this, &MainWidget::slotOpenRecording);
+    connect(menus, &WindowMenus::quitRequested, this, &QWidget::close);
+    connect(menus, &WindowMenus::aboutRequested, this, [] { MenuActions::askAboutUs(); });
+    connect(menus, &WindowMenus::languageRequested, this,
+            [this] { MenuActions::askLanguageSwitch(*config); });
+    connect(menus, &WindowMenus::startEndPointToggled, this, &MainWidget::slotStartEndPointEditable);
+    connectSession();
+    connectPlayback();
+}
+
+void MainWidget::connectSession()
+{
+    LiveSession* const session = liveSession.get();
+    connect(session, &LiveSession::sourceAboutToChange, this, &MainWidget::releaseSources);
+    connect(session, &LiveSession::setShowCameraLiveUI, this, &MainWidget::setShowCameraLiveUI);
+    connect(session, &LiveSession::resetShowCameraFormTitle, this, &MainWidget::resetShowCameraFormTitle);
+    connect(session, &LiveSession::toShowCameraSerial, this, &MainWidget::toShowCameraSerial);
+    connect(session, &LiveSession::signalShowLeftBottomTips, this, &MainWidget::signalShowLeftBottomTips);
+    connect(session, &LiveSession::triggerEventsToShow, this, &MainWidget::triggerEventsToShow);
+    connect(session, &LiveSession::playRequested, ui->pb_play, &QPushButton::click);
+    connect(session, &LiveSession::runningChanged, this, &MainWidget::showRunning);
+    connect(session, &LiveSession::recordingChanged, ui->pb_record, &QPushButton::setChecked);
+    connect(session, &LiveSession::recordingTimeChanged, ui->lb_recoding_time, &QLabel::setText);
+    connect(session, &LiveSession::viewerTypeSelected, this, &MainWidget::setViewerType);
+}
+
+void MainWidget::connectPlayback()
+{
+    DvsPlayer* const player = dvsPlayer.get();
+    connect(player, &DvsPlayer::timeTextChanged, ui->label_time, &QLabel::setText);
+    connect(player, &DvsPlayer::triggerEventsToShow, this, &MainWidget::triggerEventsToShow);
+    connect(player, &DvsPlayer::triggerShowPixmap, this, &MainWidget::triggerShowPixmap);
+    connect(player, &DvsPlayer::runningChanged, this, &MainWidget::showRunning);
+    connect(player, &DvsPlayer::pauseRequested, this, [this] { emit ui->pb_play->clicked(false); });
+    connect(ui->pb_loop, &QPushButton::toggled, player, &DvsPlayer::setLooping);
+
+    RecordingOpener* const opener = recordingOpener.get();
+    connect(opener, &RecordingOpener::sourceAboutToChange, this, &MainWidget::releaseSources);
+    connect(opener, &RecordingOpener::setShowCameraLiveUI, this, &MainWidget::setShowCameraLiveUI);
+    connect(opener, &RecordingOpener::resetShowCameraFormTitle, this, &MainWidget::resetShowCameraFormTitle);
+    connect(opener, &RecordingOpener::playRequested, ui->pb_play, &QPushButton::click);
+}
+
+void MainWidget::openRecording(const QString& path)
+{
+    recordingOpener->openRecording(path);
+}
+
+void MainWidget::openCamera(const QString& serial)
+{
+    liveSession->openCameraBySerial(serial);
+}
+
+void MainWidget::releaseSources()
+{
+    dvsPlayer->release();
+    liveSession->release();
+}
+
+void MainWidget::showRunning()
+{
+    ui->pb_play->setChecked(sourceState.filePlaying);
+}
+
+void MainWidget::on_pb_play_clicked()
+{
+    if (sourceState.playMode == ModeDvsRecording)
+        dvsPlayer->playClicked();
+    else
+        liveSession->playClicked();
+}
+
+void MainWidget::on_pb_record_clicked()
+{
+    liveSession->recordClicked();
+}
+
+void MainWidget::on_pb_prv_clicked()
+{
+    dvsPlayer->previousClicked();
+}
+
+void MainWidget::on_pb_next_clicked()
+{
+    dvsPlayer->nextClicked();
+}
+
+void MainWidget::on_pb_stop_clicked()
+{
+    dvsPlayer->stopClicked();
+}
+
+void MainWidget::on_pb_loop_clicked()
+{
+    // Only the button's checked state matters: the player reads it at the end of the range.
+}
+
+void MainWidget::onSliderTimeTrackClick(int value)
+{
+    dvsPlayer->onSliderTimeTrackClick(value);
+}
+
+void MainWidget::onSliderTimeMove(int value)
+{
+    dvsPlayer->onSliderTimeMove(value);
+}
+
+void MainWidget::slotOpenRecording()
+{
+    recordingOpener->slotOpenRecording();
+}
+
+void MainWidget::slotOpenCamera()
+{
+    liveSession->slotOpenCamera();
+}
+
+void MainWidget::showCameraPlayingUI(bool en)
+{
+    for (QPushButton* const button : {ui->pb_loop, ui->pb_next, ui->pb_prv, ui->pb_stop})
+        button->setEnabled(!en);
+    timeSlider->setEnabled(!en);
+    timeSlider->setCenterValue(en ? 0 : timeSlider->effectiveLowerValue());
+    if (en)
+        ui->label_time->setText(QStringLiteral("--/--"));
+}
+
+void MainWidget::setShowTitleInfo(bool)
+{
+    ui->label_show_camera_info->setText(QString());
+    ui->label_show_timestamp_info->setText(QString());
+}
+
+void MainWidget::showCameraSerial(QString str)
+{
+    ui->label_show_camera_info->setText(str);
+}
+
+void MainWidget::showTimeStamp(uint64_t timestamp_us)
+{
+    ui->label_show_timestamp_info->setText(timestampToText(timestamp_us));
+}
+
+void MainWidget::getEventsToShow()
+{
+    if (!eventFrameBuffer.hasNewEvents())
+        return;
+    QPixmap pixmap;
+    eventFrameBuffer.takeFrame(pixmap);
+    imageView->showPixMap(std::move(pixmap));
+    if (sourceState.playMode == ModeDvsCamera)
+        emit toShowCameraTimestamp(liveSession->lastTimestamp());
+}
+
+void MainWidget::getEventsToShow(QPixmap* img)
+{
+    imageView->showPixMap(*img);
+}
+
+void MainWidget::slotShowLeftBottomTips(QString tips, KvMessageType type, QString file_path)
+{
+    toasts.show(tips, type, file_path);
+}
+
+void MainWidget::on_pb_viewer_type_clicked()
+{
+    const int next = viewerTypeIndex + 1 > korvane::STREAM_FUSION ? korvane::STREAM_DVS : viewerTypeIndex + 1;
+    setViewerType(static_cast<korvane::STREAM_TYPE>(next));
+}
+
+void MainWidget::setViewerType(korvane::STREAM_TYPE type)
+{
+    static constexpr const char* names[] = {"DVS", "APS", "Fusion"};
+    viewerTypeIndex = type;
+    const QString sheet = QStringLiteral(R"(
+#pb_viewer_type { border: none; background-color: transparent; image: url(":/img/assets/btn_playbar_%1.svg"); }
+#pb_viewer_type:checked, #pb_viewer_type:hover, #pb_viewer_type:pressed { image: url(":/img/assets/btn_playbar_%1_hover.svg"); }
+#pb_viewer_type:disabled { image: url(":/img/assets/btn_playbar_%1_disable.svg"); })");
+    ui->pb_viewer_type->setStyleSheet(sheet.arg(QLatin1String(names[type])));
+    emit signalSetViewerShowType(type);
+}
+
+void MainWidget::on_pb_viewer_setting_clicked(bool checked)
+{
+    if (!checked)
+        return;
+    menus->runViewerSettingMenu(ui->pb_viewer_setting);
+    ui->pb_viewer_setting->setChecked(false);
+}
+
+void MainWidget::slotStartEndPointEditable(bool en)
+{
+    timeSlider->setHandleMode(en ? 3 : 1);
+    timeSlider->update();
+}
+
+void MainWidget::on_pb_win_min_clicked()
+{
+    showMinimized();
+}
+
+void MainWidget::on_pb_win_close_clicked()
+{
+    close();
+}
+
+void MainWidget::on_pb_win_max_clicked()
+{
+    const bool maximize = !windowState().testFlag(Qt::WindowMaximized);
+    if (maximize)
+        showMaximized();
+    else
+        showNormal();
+    ui->widget_title_bar->setStyleSheet(
+        styleSheetFrom(maximize ? QStringLiteral(":/windowbar/titlebar_maximized.css")
+                                : QStringLiteral(":/windowbar/titlebar_normal.css")));
+}
+
+void MainWidget::maximizedChanged(bool max)
+{
+    ui->pb_win_max->setProperty("type", max ? QStringLiteral("restore") : QStringLiteral("maxsize"));
+}
+
+void MainWidget::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat())
+        on_pb_play_clicked();
+    if (event->key() == Qt::Key_Left)
+        on_pb_prv_clicked();
+    if (event->key() == Qt::Key_Right)
+        on_pb_next_clicked();
+}
+
+void MainWidget::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange)
+        ui->retranslateUi(this);
+}
+
+void MainWidget::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    // The origin of the available area is left out on purpose.
+    if (const QScreen* const screen = QGuiApplication::primaryScreen()) {
+        const QSize available = screen->availableSize();
+        move(available.width() / 2 - width() / 2, available.height() / 2 - height() / 2);
+    }
+    QTimer::singleShot(100, this, &MainWidget::settleNativePosition);
+}
+
+void MainWidget::settleNativePosition()
+{
+    // Under X11 a window manager that takes the window over where it stands leaves Qt with the position inside the
+    // manager's own frame, the origin: menus would open at the screen's corner.
+    QWindow* const native = windowHandle();
+    if (native && !isMaximized() && native->position() != pos())
+        native->setPosition(pos());
+}
