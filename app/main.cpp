@@ -15,6 +15,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -77,9 +78,11 @@ int main(int argc, char** argv)
     loadLanguage(config->language);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/img/assets/Korvane logo_navigate.png")));
 
-    InitDialog splash(nullptr);
-    if (arguments.splash)
-        splash.exec();
+    std::optional<InitDialog> splash;
+    if (arguments.splash) {
+        splash.emplace(nullptr);
+        splash->exec();
+    }
 
     MainWidget window(nullptr);
     window.show();

@@ -25,8 +25,10 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
         for (const Run& run : runs) {
-            if (run.error_occurred)
+            if (run.error_occurred) {
                 std::cerr << run.benchmark_name() << ": " << run.error_message << '\n';
+                failed = true;
+            }
             if (run.error_occurred || run.run_type != Run::RT_Iteration || run.counters.count("value") == 0)
                 continue;
             const std::string name = run.run_name.function_name;
@@ -61,11 +63,15 @@ public:
         }
     }
 
+    /// Whether a figure could not be measured.
+    bool hasFailed() const { return failed; }
+
 private:
     static double ratio(const Row& row) { return row.limit > 0 ? row.value / row.limit : 0; }
 
     std::map<std::string, Row> rows;
     std::vector<std::string> order;
+    bool failed = false;
 };
 
 } // namespace
@@ -87,5 +93,5 @@ int main(int argc, char** argv)
     benchmark::RunSpecifiedBenchmarks(&reporter);
     if (!jsonLines.empty())
         reporter.writeJsonLines(jsonLines);
-    return 0;
+    return reporter.hasFailed() ? 1 : 0;
 }

@@ -134,8 +134,10 @@ void open_1gb(benchmark::State& state)
         for (int i = 0; i < 5; ++i) {
             const double start = now();
             const auto reader = openRecording(state, path);
-            if (!reader || !reader->loadFile())
+            if (!reader || !reader->loadFile()) {
+                state.SkipWithError("the recording cannot be loaded");
                 return;
+            }
             EventFrameBuffer frames;
             const auto window = reader->getEventsAt(0, 33333);
             frames.addEvents(window->data(), window->data() + window->size());
@@ -161,8 +163,10 @@ void seek_window_p99(benchmark::State& state)
 {
     const std::string path = streams::busyRecording(dataFolder(), gigabyte);
     const auto reader = openRecording(state, path);
-    if (!reader || !reader->loadFile())
+    if (!reader || !reader->loadFile()) {
+        state.SkipWithError("the recording cannot be loaded");
         return;
+    }
     std::uint64_t end = 0;
     reader->getEndTimestamp(end);
     std::mt19937_64 random(1);

@@ -1,5 +1,8 @@
 #include "display/workerthread.h"
 
+#include <QDebug>
+
+#include <exception>
 #include <utility>
 
 WorkerThread::WorkerThread(std::function<void()> work, QObject* parent)
@@ -14,7 +17,12 @@ WorkerThread::~WorkerThread()
 
 void WorkerThread::run()
 {
-    if (job)
-        job();
+    try {
+        if (job)
+            job();
+    } catch (const std::exception& error) {
+        // Memory, or a driver that keeps no promise: the job has failed, the program goes on.
+        qCritical() << "A background job has ended early:" << error.what();
+    }
     emit taskCompleted();
 }

@@ -4,7 +4,8 @@
 
 #include <functional>
 
-/// Runs one job off the GUI thread. The job reaches the GUI through queued calls only; it throws nothing.
+/// Runs one job off the GUI thread. The job reaches the GUI through queued calls only; what it throws ends
+/// the job and is logged.
 class WorkerThread : public QThread
 {
     Q_OBJECT

@@ -68,8 +68,8 @@ MainWidget::MainWidget(QWidget* parent)
 
 MainWidget::~MainWidget()
 {
-    if (ui->pb_play->isChecked())
-        on_pb_play_clicked();
+    // The recording ends before the stream, the threads before what they read from.
+    releaseSources();
     // What they still tell while they end concerns nobody any more.
     recordingOpener->disconnect(this);
     dvsPlayer->disconnect(this);
@@ -173,7 +173,8 @@ void MainWidget::openRecording(const QString& path)
 
 void MainWidget::openCamera(const QString& serial)
 {
-    liveSession->openCameraBySerial(serial);
+    if (!liveSession->openCameraBySerial(serial))
+        slotShowLeftBottomTips(tr("Camera not found: ") + serial, Error);
 }
 
 void MainWidget::releaseSources()
@@ -376,8 +377,8 @@ void MainWidget::showEvent(QShowEvent* event)
 
 void MainWidget::settleNativePosition()
 {
-    // Under X11 a window manager that takes the window over where it stands leaves Qt with the position inside the
-    // manager's own frame, the origin: menus would open at the screen's corner.
+    // Under X11 a window manager that takes the window over where it stands leaves Qt with the position
+    // inside the manager's own frame, the origin: menus would open at the screen's corner.
     QWindow* const native = windowHandle();
     if (native && !isMaximized() && native->position() != pos())
         native->setPosition(pos());

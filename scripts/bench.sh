@@ -26,6 +26,12 @@ for program in build/release/benchmarks/*_bench; do
     fi
     "${run[@]}" 2>"$figures/$name.log" || { cat "$figures/$name.log" >&2; exit 1; }
 done
+if [ "$filter" = "." ]; then
+    for name in decode_evt3 decode_evt3_sparse decode_evt2 decode_evt21 index_scan open_1gb seek_window_p99 add_events \
+        take_frame play_rss live_cpu; do
+        grep -qh "^\"$name\":" "$figures"/*_bench || { echo "The figure $name is missing." >&2; exit 1; }
+    done
+fi
 if [ -n "$json" ]; then
     { echo "{"; cat "$figures"/*_bench | sed '$!s/$/,/; s/^/  /'; echo "}"; } > "$json"
 fi

@@ -6,6 +6,7 @@ cd "$(dirname "$0")/.."
 seconds="${1:-60}"
 targets=(fuzz_rawheader fuzz_evtreader fuzz_rawfile)
 
+scripts/setup.sh --developer
 cmake --preset fuzz
 cmake --build --preset fuzz --target "${targets[@]}"
 mkdir -p build/fuzz/findings

@@ -8,14 +8,15 @@ shift
 application=$!
 trap 'kill "$application" 2>/dev/null || true; wait "$application" 2>/dev/null || true' EXIT
 
-# Events of polarity 1 are painted in this colour, and nothing else in the window is.
+# Events are painted in these two colours, and hardly anything else in the window is.
 painted() {
     import -window root "$file"
-    convert "$file" -fill black +opaque '#BFBCB4' -fill white -opaque '#BFBCB4' -format '%[fx:int(mean*w*h)]' info:
+    convert "$file" -fill white -opaque '#BFBCB4' -opaque '#403D33' -fill black +opaque white \
+        -format '%[fx:int(mean*w*h)]' info:
 }
 for _ in $(seq 120); do
     kill -0 "$application" || { echo "The application has ended by itself." >&2; exit 1; }
-    if [ "$(painted)" -gt 1000 ]; then
+    if [ "$(painted)" -gt 200 ]; then
         sleep 1
         import -window root "$file"
         echo "A screenshot with live pictures is at $file"

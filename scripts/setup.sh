@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build, the tests and the headless run need, where it is missing; with --developer also what
-# linting and fuzzing need. Debian 12 or later.
+# linting and fuzzing need. For Debian 12.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 lists=("$here/packages.txt")

@@ -122,8 +122,8 @@ int ThreeHandleGeometry::sideValueAt(int pixels) const
 int ThreeHandleGeometry::lowerValueAt(int position, int grip) const
 {
     const int value = sideValueAt(position - metrics.sideHandleWidth / 2 - grip);
-    // A drag a pixel past the left end gives a value below the minimum. Bounds are compared unsigned: below 0 it would
-    // count as larger than any, and the start handle would jump to the end.
+    // A drag a pixel past the left end gives a value below the minimum. Bounds are compared unsigned: below 0
+    // it would count as larger than any, and the start handle would jump to the end.
     const bool representable = minimum <= static_cast<uint64_t>(std::numeric_limits<int>::max());
     return representable ? std::max(value, static_cast<int>(minimum)) : value;
 }

@@ -24,9 +24,6 @@ enum Type : unsigned {
     Continued12 = 0xF,
 };
 
-/// A base that has run off the sensor stays there instead of wrapping back into it.
-constexpr unsigned baseLimit = 4096;
-
 bool rowUsable(const EvtState& state, EvtCounts& counts, unsigned events)
 {
     if (!state.hasRow || state.rowHidden) {
@@ -73,7 +70,7 @@ Event2D* takeVector(EvtState& state, const EvtPass& pass, EvtCounts& counts, uns
         return out;
     }
     const unsigned base = state.base;
-    state.base = static_cast<std::uint16_t>(std::min(base + width, baseLimit));
+    state.base = static_cast<std::uint16_t>(std::min(base + width, vectorBaseLimit));
     if (mask == 0)
         return out;
     if (!state.hasBase) {

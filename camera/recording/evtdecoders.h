@@ -17,6 +17,8 @@ void decodeEvt21Wide(EvtState& state, EvtPass& pass, EvtCounts& counts);
 void decodeEvt21LegacyWide(EvtState& state, EvtPass& pass, EvtCounts& counts);
 void decodeEvt3Wide(EvtState& state, EvtPass& pass, EvtCounts& counts);
 
+/// Whether this processor has the bit instructions that the wide decoders of EVT 2.1 are compiled for.
+bool hasBitInstructions();
 /// Whether this processor has the AVX-512 subsets that the wide decoders are compiled for.
 bool hasWideInstructions();
 

@@ -340,12 +340,20 @@ void decodeCarefully(PortableDecoder decoder, EvtState& state, EvtPass& pass, Ev
 
 } // namespace
 
+bool hasBitInstructions()
+{
+    // GCC 12 has no name for lzcnt here; every processor with bmi2 has it.
+    static const bool has
+        = __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
+    return has;
+}
+
 bool hasWideInstructions()
 {
     static const bool has = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw")
         && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq")
         && __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2")
-        && __builtin_cpu_supports("avx512bitalg") && __builtin_cpu_supports("bmi2");
+        && __builtin_cpu_supports("avx512bitalg") && hasBitInstructions();
     return has;
 }
 
@@ -381,6 +389,11 @@ KORVANE_WIDE void decodeEvt3Wide(EvtState& state, EvtPass& pass, EvtCounts& coun
 #else
 
 namespace korvane::recording {
+
+bool hasBitInstructions()
+{
+    return false;
+}
 
 bool hasWideInstructions()
 {

@@ -85,6 +85,9 @@ struct Evt3Words
     static std::uint32_t value(Word word) { return word & valueMask; }
 };
 
+/// EVT 3.0: a vector base that has run off the sensor stays there instead of wrapping back into it.
+constexpr unsigned vectorBaseLimit = 4096;
+
 /// Words that are searched for the next time-high word at a discontinuity. Cameras repeat it every 16 us, the
 /// leanest writers every 8 s; the bound keeps damaged files from being searched to their end at every jump.
 constexpr std::ptrdiff_t peekWords = 1 << 20;

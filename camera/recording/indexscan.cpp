@@ -14,7 +14,6 @@ namespace {
 /// Where time does not advance for this many bytes, the state is found by decoding.
 constexpr std::uint64_t overdue = 4 * 1024 * 1024;
 constexpr std::size_t scratchEvents = 8192;
-constexpr unsigned baseLimit = 4096;
 
 /// The pattern in file order: legacy words stand with their halves swapped.
 template <typename Words>
@@ -153,12 +152,12 @@ void IndexScan::lookBack(EvtState& state, std::uint64_t offset) const
             const unsigned type = static_cast<unsigned>(typeAt(at - 2));
             if (type <= 1) {
                 if (type == 0)
-                    advance = std::min(advance + open, baseLimit);
+                    advance = std::min(advance + open, vectorBaseLimit);
                 open = 0;
             } else if (baseMet) {
                 continue;
             } else if (type == 4 || type == 5) {
-                open = std::min(open + (type == 4 ? 12u : 8u), baseLimit);
+                open = std::min(open + (type == 4 ? 12u : 8u), vectorBaseLimit);
             } else if (type == 3) {
                 const unsigned word = wordAt(at - 2);
                 state.base = static_cast<std::uint16_t>(word & 0x7FF);
@@ -170,7 +169,7 @@ void IndexScan::lookBack(EvtState& state, std::uint64_t offset) const
     }
     if (!known.state.rowHidden)
         advance += open;
-    state.base = static_cast<std::uint16_t>(std::min(state.base + advance, baseLimit));
+    state.base = static_cast<std::uint16_t>(std::min(state.base + advance, vectorBaseLimit));
 }
 
 template <typename Words>

@@ -46,9 +46,10 @@ public:
     bool exportVideo(std::uint64_t start, std::uint64_t end, std::string path) override;
 
     /// Calls `sink` with the events of start <= time <= end in pieces of bounded size, in order, until it
-    /// answers false. Events are valid during the call.
+    /// answers false. Events are valid during the call, and until the sink itself reads on the same thread.
+    /// False when the recording ends before `start`, as one does whose file has shrunk.
     using EventSink = std::function<bool(std::span<const Event2D>)>;
-    void streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink);
+    bool streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink);
 
     EvtEncoding encoding() const { return decoder.encoding(); }
     Geometry sensorGeometry() const { return geometry; }

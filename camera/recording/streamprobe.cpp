@@ -146,7 +146,7 @@ Extent extentOfEvt3(std::span<const std::uint8_t> body)
                 extent.y = std::max(extent.y, row);
                 extent.any = true;
             }
-            base = std::min(base + (type == 4 ? 12u : 8u), 4096u);
+            base = std::min(base + (type == 4 ? 12u : 8u), vectorBaseLimit);
         }
     }
     return extent;
@@ -172,7 +172,7 @@ WordOrderVotes countWordOrder(std::span<const std::uint8_t> body)
 
 std::optional<EvtEncoding> probeEncoding(std::span<const std::uint8_t> body)
 {
-    constexpr unsigned evt2Types = 0b1111'1101'0000'0011 & ~(1u << 11) & ~(1u << 12) & ~(1u << 13);
+    constexpr unsigned evt2Types = 0b1100'0101'0000'0011;
     constexpr unsigned evt3Types = 0b1100'0101'1111'1101;
     const WordOrderVotes votes = countWordOrder(body);
     if (votes.little > votes.legacy && convinces(gather<Evt21Words>(body, evt2Types)))

@@ -60,8 +60,8 @@ void DiscLayer::placeRuns(Point centre, int imageWidth)
     const std::uint32_t ringLength = (1U << static_cast<unsigned>(ringBits)) + 1;
     for (std::size_t r = 0; r < runs.size(); ++r) {
         Run& run = runs[r];
-        const double y
-            = top + static_cast<double>(r / static_cast<std::size_t>(segmentsAcross)) + 0.5 - centre.y;
+        const std::size_t line = r / static_cast<std::size_t>(segmentsAcross);
+        const double y = top + static_cast<double>(line) + 0.5 - centre.y;
         const auto across = static_cast<int>(r % static_cast<std::size_t>(segmentsAcross));
         bool whole = true;
         bool some = false;

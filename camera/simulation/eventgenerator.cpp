@@ -15,7 +15,7 @@ static_assert(EventGenerator::stepUs % Scene::framePoints == 0);
 // After the light came to rest the low-pass of a dark pixel still follows for a while: until it is so near,
 // in logUnits, or for so many frames.
 constexpr int settledDistance = 8;
-constexpr std::uint8_t settlingFrames = 32;
+constexpr std::uint8_t settlingFrames = 16;
 
 bool settled(const std::int16_t* levels, const std::int16_t* light)
 {

@@ -20,7 +20,7 @@ class EventGenerator
 {
 public:
     /// A step of the stream, microseconds.
-    static constexpr std::uint32_t stepUs = 8000;
+    static constexpr std::uint32_t stepUs = 16000;
 
     EventGenerator(std::unique_ptr<Scene> watched, const SensorParameters& parameters, std::uint64_t seed);
 

@@ -14,8 +14,8 @@ namespace korvane::simulation {
 class FrameEvents
 {
 public:
-    /// Times within a frame take 13 bits, columns 11.
-    static constexpr std::uint32_t longestFrame = 8192;
+    /// Times within a frame take 14 bits, columns 11.
+    static constexpr std::uint32_t longestFrame = 16384;
     static constexpr int widestRow = 2048;
 
     explicit FrameEvents(int rowCount);

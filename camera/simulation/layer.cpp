@@ -8,6 +8,16 @@
 
 namespace korvane::simulation {
 
+namespace {
+
+/// Pixels times 65536.
+std::int64_t toFixed(double pixels)
+{
+    return std::llround(pixels * 65536.0);
+}
+
+} // namespace
+
 int Layer::stepsFor(double pixelsPerFrame)
 {
     int steps = 1;
@@ -44,8 +54,7 @@ PictureLayer::Track PictureLayer::trackOf(int pictureRow) const
         before += segmentWidth;
         after += segmentWidth;
     }
-    const auto start = static_cast<std::int64_t>(std::floor(before * 65536.0));
-    return {start, static_cast<std::int64_t>(std::floor(after * 65536.0)) - start, row.length};
+    return {toFixed(before), toFixed(after) - toFixed(before), row.length};
 }
 
 const PictureLayer::Track& PictureLayer::track(int pictureRow) const
@@ -55,10 +64,10 @@ const PictureLayer::Track& PictureLayer::track(int pictureRow) const
 
 bool PictureLayer::beginRow(int row)
 {
-    place = row - motion.topBefore;
-    lift = motion.topBefore - motion.topAfter;
-    firstRow = std::max(0, static_cast<int>(std::floor(std::min(place, place + lift))));
-    lastRow = std::min(phaseHeight - 1, static_cast<int>(std::floor(std::max(place, place + lift))) + 1);
+    place = toFixed(row - motion.topBefore);
+    lift = toFixed(row - motion.topAfter) - place;
+    firstRow = std::max(0, static_cast<int>(std::min(place, place + lift) >> 16));
+    lastRow = std::min(phaseHeight - 1, static_cast<int>(std::max(place, place + lift) >> 16) + 1);
     if (firstRow >= lastRow)
         return false;
     if (!image->uniform()) {
@@ -74,7 +83,8 @@ double PictureLayer::travelled() const
 {
     const double along = std::abs(static_cast<double>(tracks.front().travel)) / 65536.0;
     const double turning = std::abs(motion.phaseAfter - motion.phaseBefore) * phases / 2;
-    return std::max({along, std::abs(lift), turning});
+    const double upright = std::abs(static_cast<double>(lift)) / 65536.0;
+    return std::max({along, upright, turning});
 }
 
 int PictureLayer::steps() const
@@ -141,8 +151,8 @@ int PictureLayer::phaseRow(int point) const
 
 void PictureLayer::draw(int segment, int point, bool instead, std::int16_t* out)
 {
-    const double down = place + lift * point / Scene::framePoints;
-    const int base = static_cast<int>(std::floor(down));
+    const std::int64_t down = place + lift * point / Scene::framePoints;
+    const int base = static_cast<int>(down >> 16);
     if (base < firstRow || base + 1 > lastRow)
         return;
     const Spot above = spot(track(base), segment, point);
@@ -152,7 +162,7 @@ void PictureLayer::draw(int segment, int point, bool instead, std::int16_t* out)
     const int phase = phaseRow(point);
     const LayerImage::Row upper = image->row(base + phase);
     const LayerImage::Row lower = image->row(base + 1 + phase);
-    const auto rowShift = static_cast<std::int16_t>((down - base) * 32767.0);
+    const auto rowShift = static_cast<std::int16_t>((down & 0xFFFF) >> 1);
     const Taps light{upper.light + above.column, lower.light + below.column, above.shift, below.shift,
                      rowShift};
     if (instead || upper.opacity == nullptr) {

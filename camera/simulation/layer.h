@@ -85,8 +85,8 @@ private:
     int phases;
     int phaseHeight;
     Motion motion;
-    double place = 0; // of the chosen row in the picture at the start of the frame
-    double lift = 0; // and how far it moves in the frame
+    std::int64_t place = 0; // of the chosen row in the picture at the start of the frame, rows times 65536
+    std::int64_t lift = 0; // and how far it moves in the frame
     int firstRow = 0; // of the picture that the chosen row meets in the frame
     int lastRow = 0;
     std::vector<Track> tracks; // of these rows, or one for all when the picture is uniform

@@ -9,7 +9,7 @@ namespace korvane::simulation {
 
 namespace {
 
-constexpr int faintFrames = 8;
+constexpr int faintFrames = 4;
 
 } // namespace
 
@@ -22,8 +22,8 @@ LayeredScene::LayeredScene(int width, int height)
 double LayeredScene::crossingsPerSecond(int threshold, double period)
 {
     constexpr int moments = 12;
-    constexpr int looks = 12; // at a moment
-    constexpr double betweenLooks = 0.008; // seconds
+    constexpr int looks = 8; // at a moment
+    constexpr double betweenLooks = 0.012; // seconds
     constexpr int everyRow = 9;
     std::vector<std::uint8_t> steps(stacks.size());
     std::vector<std::int16_t> remembered(static_cast<std::size_t>(width() * height()));

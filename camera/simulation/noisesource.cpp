@@ -47,24 +47,23 @@ std::span<const NoiseEvent> NoiseSource::nextFrame(std::uint32_t duration)
     // the pixels.
     background.clear();
     const double perPixel = backgroundRate * duration;
-    if (perPixel > 0) {
-        for (double at = random.exponential() / perPixel; at < pixels;
-             at += random.exponential() / perPixel) {
-            const double pixel = std::floor(at);
-            const auto time = static_cast<std::uint16_t>((at - pixel) * duration);
-            const auto polarity = static_cast<std::uint8_t>(random.chance(onShare) ? 1 : 0);
-            background.push_back({static_cast<std::uint32_t>(pixel), time, polarity});
-        }
+    double at = perPixel > 0 ? random.exponential() / perPixel : pixels;
+    while (at < pixels) {
+        const double pixel = std::floor(at);
+        const auto time = static_cast<std::uint16_t>((at - pixel) * duration);
+        background.push_back({static_cast<std::uint32_t>(pixel), time, drawPolarity()});
+        at += random.exponential() / perPixel;
     }
     fromHot.clear();
-    double at = random.exponential();
+    double left = random.exponential();
     for (std::size_t i = 0; i < hot.size(); ++i) {
         const double length = hotRates[i] * duration;
-        for (; at < length; at += random.exponential()) {
-            const auto time = static_cast<std::uint16_t>(at / length * duration);
-            fromHot.push_back({hot[i], time, static_cast<std::uint8_t>(random.chance(onShare) ? 1 : 0)});
+        while (left < length) {
+            const auto time = static_cast<std::uint16_t>(left / length * duration);
+            fromHot.push_back({hot[i], time, drawPolarity()});
+            left += random.exponential();
         }
-        at -= length;
+        left -= length;
     }
     if (fromHot.empty())
         return background;
@@ -74,6 +73,11 @@ std::span<const NoiseEvent> NoiseSource::nextFrame(std::uint32_t duration)
                    return a.pixel != b.pixel ? a.pixel < b.pixel : a.time < b.time;
                });
     return merged;
+}
+
+std::uint8_t NoiseSource::drawPolarity()
+{
+    return random.chance(onShare) ? 1 : 0;
 }
 
 } // namespace korvane::simulation

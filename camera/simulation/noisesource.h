@@ -33,6 +33,7 @@ public:
 
 private:
     void chooseHotPixels(const SensorParameters& parameters);
+    std::uint8_t drawPolarity();
 
     std::uint32_t pixels;
     std::uint64_t seed;

@@ -8,17 +8,17 @@ namespace {
 
 constexpr int lanes = 16;
 
-__m256i load(const std::int16_t* from)
+[[gnu::always_inline]] inline __m256i load(const std::int16_t* from)
 {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
 }
 
-void store(std::int16_t* to, __m256i value)
+[[gnu::always_inline]] inline void store(std::int16_t* to, __m256i value)
 {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value);
 }
 
-__m256i towards(__m256i from, __m256i to, __m256i share)
+[[gnu::always_inline]] inline __m256i towards(__m256i from, __m256i to, __m256i share)
 {
     return _mm256_add_epi16(from, _mm256_mulhrs_epi16(_mm256_sub_epi16(to, from), share));
 }
@@ -59,7 +59,7 @@ struct Shifts
     __m256i row;
 };
 
-__m256i interpolate(const Taps& taps, const Shifts& shifts, int i)
+[[gnu::always_inline]] inline __m256i interpolate(const Taps& taps, const Shifts& shifts, int i)
 {
     const __m256i above = towards(load(taps.first + i), load(taps.first + i + 1), shifts.first);
     const __m256i below = towards(load(taps.second + i), load(taps.second + i + 1), shifts.second);

@@ -8,17 +8,17 @@ namespace {
 
 constexpr int lanes = 32;
 
-__m512i load(const std::int16_t* from)
+[[gnu::always_inline]] inline __m512i load(const std::int16_t* from)
 {
     return _mm512_loadu_si512(from);
 }
 
-void store(std::int16_t* to, __m512i value)
+[[gnu::always_inline]] inline void store(std::int16_t* to, __m512i value)
 {
     _mm512_storeu_si512(to, value);
 }
 
-__m512i towards(__m512i from, __m512i to, __m512i share)
+[[gnu::always_inline]] inline __m512i towards(__m512i from, __m512i to, __m512i share)
 {
     return _mm512_add_epi16(from, _mm512_mulhrs_epi16(_mm512_sub_epi16(to, from), share));
 }
@@ -55,7 +55,7 @@ struct Shifts
     __m512i row;
 };
 
-__m512i interpolate(const Taps& taps, const Shifts& shifts, int i)
+[[gnu::always_inline]] inline __m512i interpolate(const Taps& taps, const Shifts& shifts, int i)
 {
     const __m512i above = towards(load(taps.first + i), load(taps.first + i + 1), shifts.first);
     const __m512i below = towards(load(taps.second + i), load(taps.second + i + 1), shifts.second);

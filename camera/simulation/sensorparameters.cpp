@@ -28,7 +28,7 @@ SensorParameters sanitized(const SensorParameters& parameters)
     p.backgroundOnShare = within(p.backgroundOnShare, 0.0F, 1.0F, standard.backgroundOnShare);
     p.hotPixelShare = within(p.hotPixelShare, 0.0F, 0.1F, standard.hotPixelShare);
     p.hotPixelRateHz = within(p.hotPixelRateHz, 0.0F, 5000.0F, standard.hotPixelRateHz);
-    p.refractoryUs = std::clamp<std::uint32_t>(p.refractoryUs, 1, 20000);
+    p.refractoryUs = std::clamp<std::uint32_t>(p.refractoryUs, 1, 10000);
     return p;
 }
 

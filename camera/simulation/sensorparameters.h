@@ -22,7 +22,7 @@ struct SensorParameters
     float hotPixelShare = 2e-5F; ///< share of pixels that fire without cause, 0 to 0.1
     float hotPixelRateHz = 80.0F; ///< median rate of a hot pixel; rates spread over a decade
     std::uint32_t refractoryUs
-        = 200; ///< a pixel is blind for so long after an event, 1 to 20000 microseconds
+        = 200; ///< a pixel is blind for so long after an event, 1 to 10000 microseconds
 
     friend bool operator==(const SensorParameters&, const SensorParameters&) = default;
 };

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <exception>
+#include <system_error>
 #include <utility>
 
 namespace korvane::simulation {
@@ -14,6 +15,9 @@ using Clock = std::chrono::steady_clock;
 
 // A stream that lags by less is only a machine that was busy for a moment.
 constexpr std::chrono::milliseconds noticeableLag{500};
+// After a standstill the stream is not hurried through for longer than this; the sensor's clock then went
+// slower.
+constexpr std::chrono::seconds worstLag{1};
 
 constexpr int notConnected = 1;
 constexpr int cannotStream = 2;
@@ -71,7 +75,12 @@ int SimulatedDvsCamera::start()
         const std::lock_guard lock(mutex);
         ending = false;
     }
-    thread = std::thread([this] { generate(); });
+    try {
+        thread = std::thread([this] { generate(); });
+    } catch (const std::system_error& error) {
+        qWarning("Simulated camera %s cannot start: %s", serial.c_str(), error.what());
+        return cannotStream;
+    }
     return 0;
 }
 
@@ -154,19 +163,22 @@ bool SimulatedDvsCamera::waitFor(Clock::time_point due)
 void SimulatedDvsCamera::generate()
 {
     try {
-        const std::chrono::microseconds made(generator.time());
-        const Clock::time_point epoch = Clock::now() - made;
+        // The moment at which the sensor's clock showed 0, had it never stood still.
+        Clock::time_point epoch = Clock::now() - std::chrono::microseconds(generator.time());
         bool lagReported = false;
         for (;;) {
             const std::chrono::microseconds stepEnd(generator.time() + EventGenerator::stepUs);
             if (!waitFor(epoch + stepEnd))
                 return;
-            if (!lagReported && Clock::now() - (epoch + stepEnd) > noticeableLag) {
+            const Clock::duration lag = Clock::now() - (epoch + stepEnd);
+            if (!lagReported && lag > noticeableLag) {
                 lagReported = true;
                 qWarning(
                     "Simulated camera %s makes more events than this machine can follow; they come late.",
                     serial.c_str());
             }
+            if (lag > worstLag)
+                epoch += lag - worstLag;
             const std::span<const Event2D> events = generator.generateStep();
             recorder.deliver(events);
             spans.append(events, generator.time());

@@ -74,6 +74,13 @@
     </message>
 </context>
 <context>
+    <name>MainWidget</name>
+    <message>
+        <source>Camera not found: </source>
+        <translation>Camera not found: </translation>
+    </message>
+</context>
+<context>
     <name>MenuActions</name>
     <message>
         <source>Is it open in the browser?</source>

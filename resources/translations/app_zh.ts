@@ -74,6 +74,13 @@
     </message>
 </context>
 <context>
+    <name>MainWidget</name>
+    <message>
+        <source>Camera not found: </source>
+        <translation>未找到相机：</translation>
+    </message>
+</context>
+<context>
     <name>MenuActions</name>
     <message>
         <source>Is it open in the browser?</source>

@@ -155,6 +155,19 @@ TEST_F(LiveSessionRecordingTest, ShowsItsMinutesAndSecondsWhileItLasts)
     EXPECT_EQ(recordingTimes.constFirst(), QStringLiteral("00:00")) << "each recording counts from zero";
 }
 
+TEST_F(LiveSessionRecordingTest, ShowsNoTimeAnyMoreOnceItIsOver)
+{
+    openCamera();
+    click(record);
+    click(record);
+    recordingTimes.clear();
+    // Longer than the seconds shown may stand.
+    bool later = false;
+    QTimer::singleShot(1200, &window, [&later] { later = true; });
+    ASSERT_TRUE(wait([&later] { return later; }));
+    EXPECT_TRUE(recordingTimes.isEmpty());
+}
+
 TEST_F(LiveSessionRecordingTest, ALostCameraEndsItsRecording)
 {
     const auto camera = openCamera();

@@ -1,4 +1,5 @@
 #include "display/workerthread.h"
+#include "tests/support/capturedmessages.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -6,6 +7,7 @@
 
 #include <atomic>
 #include <semaphore>
+#include <stdexcept>
 
 TEST(WorkerThread, TakesItsJobOver)
 {
@@ -64,6 +66,19 @@ TEST(WorkerThread, WithoutAJobItOnlyTellsThatItEnded)
     worker.start();
     ASSERT_TRUE(worker.wait());
     EXPECT_EQ(spy.count(), 1);
+}
+
+TEST(WorkerThread, AJobThatThrowsIsLoggedAndToldToHaveEnded)
+{
+    const CapturedMessages messages;
+    WorkerThread worker([] { throw std::runtime_error("no more memory"); });
+    QSignalSpy spy(&worker, &WorkerThread::taskCompleted);
+    worker.start();
+    ASSERT_TRUE(worker.wait());
+    EXPECT_EQ(spy.count(), 1);
+    const QStringList lines = messages.of(QtCriticalMsg);
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines.constFirst().contains(QStringLiteral("no more memory")));
 }
 
 TEST(WorkerThread, ItsEndWaitsForTheJob)

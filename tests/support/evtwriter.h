@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QString>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -143,12 +145,10 @@ inline Bytes words3(const std::vector<std::uint16_t>& words)
 /// Swaps the halves of every 64-bit word.
 inline Bytes legacy(const Bytes& bytes)
 {
-    Bytes out;
-    for (std::size_t at = 0; at + 8 <= bytes.size(); at += 8) {
-        out.insert(out.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at + 4),
-                   bytes.begin() + static_cast<std::ptrdiff_t>(at + 8));
-        out.insert(out.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at),
-                   bytes.begin() + static_cast<std::ptrdiff_t>(at + 4));
+    Bytes out(bytes.size() / 8 * 8);
+    for (std::size_t at = 0; at < out.size(); at += 8) {
+        std::copy_n(bytes.data() + at + 4, 4, out.data() + at);
+        std::copy_n(bytes.data() + at, 4, out.data() + at + 4);
     }
     return out;
 }

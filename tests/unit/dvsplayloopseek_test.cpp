@@ -107,6 +107,22 @@ TEST_F(DvsPlayLoopSeekTest, ASeekAfterTheLastPictureKeepsItPlaying)
     ASSERT_TRUE(view.log.waitForCount("end 1", 1));
 }
 
+TEST_F(DvsPlayLoopSeekTest, ASeekToTheEndAfterTheLastPictureShowsTheEndAgain)
+{
+    open(0, 20'000);
+    bool sought = false;
+    view.onRangeStart = [this, &sought] {
+        if (!std::exchange(sought, true))
+            position.seek(20'000);
+    };
+    loop->start();
+    ASSERT_TRUE(clock.awaitWaits(1));
+    EXPECT_EQ(position.fileCurTs, 20'000u);
+    clock.grant(1);
+    ASSERT_TRUE(view.log.waitForCount("end 1", 1));
+    EXPECT_EQ(reader->log.lines(), (Lines{"at 0 20001", "at 20000 1", "seek 0"}));
+}
+
 // For the thread sanitizer: the user does everything at once, and the last seek of all is where it goes on.
 TEST_F(DvsPlayLoopSeekTest, NeverForgetsTheLastSeekHoweverOftenTheUserSeeks)
 {

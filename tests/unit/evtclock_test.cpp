@@ -190,6 +190,18 @@ TEST(EvtClock, TheNextTimeLowWordDecidesAStepOfTwoUnitsInEvt3)
     EXPECT_EQ(jitter.counts.restarts, 0u);
 }
 
+TEST(EvtClock, TheFirstOfManyTimeLowWordsDecidesEvenWhereNoEventIsNear)
+{
+    for (const unsigned first : {0u, 1u}) {
+        std::vector<std::uint16_t> words{high3(0),   high3(1), high3(2), high3(3),
+                                         low3(1808), event3,   high3(1)};
+        for (unsigned i = 0; i < 100; ++i)
+            words.push_back(low3(i == 0 ? first : 4000 - i * first));
+        words.push_back(event3);
+        EXPECT_EQ(decode3(words).counts.restarts, first == 0 ? 1u : 0u);
+    }
+}
+
 TEST(EvtClock, AnEventOrATriggerBeforeTheTimeLowWordDecidesWithNoBitsInEvt3)
 {
     const auto before

@@ -125,6 +125,19 @@ TEST_F(MappedFileTest, EveryMappingIsGuardedByItself)
     }
 }
 
+TEST_F(MappedFileTest, AMappingIsGuardedHoweverManyCameBeforeIt)
+{
+    const QString path = write("again", 20000);
+    for (int i = 0; i < 600; ++i) {
+        MappedFile file(path);
+        ASSERT_TRUE(file.open());
+    }
+    MappedFile file(path);
+    ASSERT_TRUE(file.open());
+    ASSERT_TRUE(QFile::resize(path, 0));
+    EXPECT_TRUE(isFilledWith(file.bytes(), 0));
+}
+
 TEST_F(MappedFileTest, WillNeedTakesAnyRange)
 {
     MappedFile file(write("hint", 10000));

@@ -130,6 +130,20 @@ TEST(RecordingIndex, KnowsThatTheRowBelongsToAnotherFamily)
     expectEntriesToResume(EvtEncoding::Evt3, bytes, {640, 480});
 }
 
+TEST(RecordingIndex, KnowsNoRowAndNoBaseFromBeforeTheFirstTimeWord)
+{
+    Bytes bytes = words3({row3(7), base3(1, 5), x3(1, 1)});
+    for (unsigned i = 0; i < 8000; ++i) {
+        append(bytes, high3(i % 4096), 2);
+        append(bytes, x3(0, i % 640), 2);
+        append(bytes, vector12(1), 2);
+    }
+    append(bytes, row3(3), 2);
+    append(bytes, vector12(1), 2);
+    append(bytes, x3(0, 9), 2);
+    expectEntriesToResume(EvtEncoding::Evt3, bytes, {2048, 2048});
+}
+
 TEST(RecordingIndex, CountsNoVectorsInRowsOfAnotherFamilyForTheBase)
 {
     for (std::uint64_t seed = 0; seed < 40; ++seed) {
@@ -166,6 +180,11 @@ TEST(RecordingIndex, HoldsWhereTimeStandsStillForMegabytes)
         append(bytes, vector8(0x11), 2);
     }
     expectEntriesToResume(EvtEncoding::Evt3, bytes, {640, 480});
+    // Entries lie there all the same, so that no window is megabytes away from one.
+    EvtCounts met;
+    const auto index = RecordingIndex::build(EvtDecoder(EvtEncoding::Evt3), {640, 480}, bytes, met);
+    for (std::size_t i = 1; i < index.entries().size(); ++i)
+        EXPECT_LE(index.entries()[i].offset - index.entries()[i - 1].offset, (4u << 20) + 65536);
 }
 
 TEST(RecordingIndex, ResumesBehindStepsBackAndRestarts)
@@ -264,29 +283,28 @@ TEST(RecordingIndex, TakesAThousandthOfALargeFileAtMost)
                   4 * size / index.entries().size());
 }
 
-/// `value` gives the time-high value of each word of a body that holds nothing else, or only every `every`th.
+/// `value` gives the time-high value of each word of a body that holds nothing else, or of every `every`th
+/// one between events.
 template <typename Value>
 Bytes timesOnly(EvtEncoding encoding, std::size_t size, unsigned every, Value value)
 {
-    Bytes bytes;
-    bytes.reserve(size + 8);
-    for (std::uint64_t i = 0; bytes.size() < size; ++i) {
+    Bytes bytes(size);
+    const std::size_t step = wordSize(encoding);
+    for (std::size_t i = 0; (i + 1) * step <= size; ++i) {
         const auto next = static_cast<std::uint32_t>(value(i / every) & 0xFFFFFFFF);
         const bool time = i % every == 0;
         const auto column = static_cast<unsigned>(i % 640);
-        if (encoding == EvtEncoding::Evt3)
-            append(bytes, time ? high3(next % 4096) : x3(1, column), 2);
-        else if (encoding == EvtEncoding::Evt2)
-            append(bytes, time ? high2(next & 0xFFFFFFF) : cd2(1, 0, column, 3), 4);
-        else
-            append(bytes, time ? high21(next & 0xFFFFFFF) : cd21(1, 0, column, 3, 1), 8);
+        const std::uint64_t word = encoding == EvtEncoding::Evt3 ? (time ? high3(next % 4096) : x3(1, column))
+            : encoding == EvtEncoding::Evt2 ? (time ? high2(next & 0xFFFFFFF) : cd2(1, 0, column, 3))
+                                            : (time ? high21(next & 0xFFFFFFF) : cd21(1, 0, column, 3, 1));
+        std::memcpy(bytes.data() + i * step, &word, step);
     }
     return encoding == EvtEncoding::Evt21Legacy ? legacy(bytes) : bytes;
 }
 
 TEST(RecordingIndex, IsBoundedAndQuickWhateverTheTimesSay)
 {
-    constexpr std::size_t size = 3 << 20;
+    constexpr std::size_t size = 1 << 20;
     using Value = std::uint64_t (*)(std::uint64_t);
     const std::pair<const char*, Value> courses[]{
         {"never advances", [](std::uint64_t) -> std::uint64_t { return 5; }},

@@ -240,7 +240,7 @@ TEST(SimulatedSensor, BrighterSideOfAMovingEdgeFiresOnAndDarkerSideOff)
 
 TEST(SimulatedSensor, EventTimesFollowTheEdgeWithinAStep)
 {
-    // One pixel of travel takes 4 ms, half a step of the stream: interpolation must place the events.
+    // One pixel of travel takes 4 ms, a quarter of a step of the stream: interpolation must place the events.
     const std::vector<Event2D> events = generate(edgeScene(2.0, 250.0), idealSensor(), 0.4);
     std::vector<double> firstSeen(128, -1.0);
     for (const Event2D& event : events) {
@@ -343,15 +343,15 @@ TEST(SimulatedSensor, SurvivesTheMostExtremeParameters)
     parameters.offThreshold = 2.0F;
     parameters.thresholdMismatch = 0.25F;
     parameters.thresholdJitter = 0.25F;
-    parameters.refractoryUs = 20000;
+    parameters.refractoryUs = 10000;
     parameters.backgroundRateHz = 1000.0F;
     parameters.hotPixelShare = 0.1F;
     parameters.hotPixelRateHz = 5000.0F;
     EventGenerator generator(edgeScene(6.0, 3000.0), parameters, 1);
     const std::vector<Event2D> events = generate(generator, 0.2);
-    // Blind for 20 ms after each event, a pixel cannot make more than eleven in 200 ms.
+    // Blind for 10 ms after each event, a pixel cannot make more than twenty-one in 200 ms.
     EXPECT_GT(events.size(), 128U * 64U * 4U);
-    EXPECT_LE(events.size(), 128U * 64U * 11U);
+    EXPECT_LE(events.size(), 128U * 64U * 21U);
 }
 
 } // namespace

@@ -1,0 +1,411 @@
+#include "mainwindow/mainwidget.h"
+
+#include "camera/recording/recordingbackend.h"
+#include "camera/simulation/simulatedbackend.h"
+#include "display/showimageform.h"
+#include "tests/gui/mainwindowfixture.h"
+#include "tests/support/movingbar.h"
+#include "widgets/kvfilepathreminderform.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFontMetrics>
+#include <QGraphicsView>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTranslator>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// Puts the screen described in the build folder below the application, which reads the variable at its
+/// start.
+const bool screenChosen = qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" MAINWINDOW_SCREEN);
+
+constexpr const char* playbackButtons[] = {"pb_loop", "pb_next", "pb_prv", "pb_stop"};
+constexpr const char* iconButtons[]
+    = {"pb_logo_button", "pb_win_min", "pb_win_max", "pb_win_close", "pb_viewer_type", "pb_record",
+       "pb_prv",         "pb_play",    "pb_stop",    "pb_next",      "pb_loop",        "pb_viewer_setting"};
+
+class MainWidgetTest : public MainWindowTest
+{
+protected:
+    QImage drawn(const char* name) const { return find(name).grab().toImage(); }
+    ShowImageForm& imageView() const { return *window->findChild<ShowImageForm*>(); }
+    QString titleBarStyle() const { return find("widget_title_bar").styleSheet(); }
+};
+
+QList<KvFilePathReminderForm*> toasts()
+{
+    QList<KvFilePathReminderForm*> found;
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        if (auto* const toast = qobject_cast<KvFilePathReminderForm*>(widget))
+            found << toast;
+    }
+    return found;
+}
+
+/// The window with a recording of three seconds, paused near its start.
+class MainWidgetPlaybackTest : public MainWidgetTest
+{
+protected:
+    MainWidgetPlaybackTest() { korvane::registerBackend(recordings); }
+    ~MainWidgetPlaybackTest() override
+    {
+        window.reset();
+        korvane::unregisterBackend(recordings);
+    }
+    void SetUp() override
+    {
+        MainWidgetTest::SetUp();
+        const QString path = QDir::current().filePath(u"bar.raw"_s);
+        ASSERT_TRUE(writeMovingBar(path, 3000));
+        window->openRecording(path);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return button("pb_play").isChecked(); }));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !imageView().shownPixmap().isNull(); }));
+        click("pb_play");
+        ASSERT_FALSE(button("pb_play").isChecked());
+        // What the player posted before it paused arrives.
+        QCoreApplication::processEvents();
+    }
+    bool playing() const { return button("pb_play").isChecked(); }
+
+    std::shared_ptr<korvane::Backend> recordings = std::make_shared<korvane::recording::RecordingBackend>();
+};
+
+} // namespace
+
+TEST_F(MainWidgetTest, StartsWithNothingCheckedAndTheTimelineDisabledAtItsStart)
+{
+    for (const char* const name : {"pb_play", "pb_record", "pb_loop", "pb_viewer_setting"})
+        EXPECT_FALSE(button(name).isChecked()) << name;
+    EXPECT_FALSE(slider().isEnabled());
+    EXPECT_EQ(slider().centerValue(), 0);
+    EXPECT_EQ(slider().handleMode(), 1);
+    EXPECT_EQ(text("label_time"), u"--/ --"_s);
+    EXPECT_EQ(window->windowTitle(), u"Widget"_s);
+    EXPECT_FALSE(find("frame_setting").isVisible());
+}
+
+TEST_F(MainWidgetTest, TheViewerTypeButtonGoesThroughDvsApsAndFusion)
+{
+    QSignalSpy spy(window.get(), &MainWidget::signalSetViewerShowType);
+    const QImage fusion = drawn("pb_viewer_type");
+    std::vector<QImage> images;
+    for (const char* const name : {"DVS", "APS", "Fusion"}) {
+        click("pb_viewer_type");
+        const QString sheet = button("pb_viewer_type").styleSheet();
+        for (const char* const variant : {"", "_hover", "_disable"}) {
+            const QString image = u":/img/assets/btn_playbar_%1%2.svg"_s.arg(QLatin1StringView(name),
+                                                                             QLatin1StringView(variant));
+            EXPECT_TRUE(sheet.contains(image)) << image.toStdString();
+            EXPECT_TRUE(QFile::exists(image)) << image.toStdString();
+        }
+        images.push_back(drawn("pb_viewer_type"));
+    }
+    ASSERT_EQ(spy.count(), 3);
+    EXPECT_EQ(spy[0][0].value<korvane::STREAM_TYPE>(), korvane::STREAM_DVS);
+    EXPECT_EQ(spy[1][0].value<korvane::STREAM_TYPE>(), korvane::STREAM_APS);
+    EXPECT_EQ(spy[2][0].value<korvane::STREAM_TYPE>(), korvane::STREAM_FUSION);
+    EXPECT_EQ(int(korvane::STREAM_DVS), 0);
+    EXPECT_EQ(int(korvane::STREAM_APS), 1);
+    EXPECT_EQ(int(korvane::STREAM_FUSION), 2);
+    EXPECT_NE(images[0], images[1]);
+    EXPECT_NE(images[1], images[2]);
+    EXPECT_NE(images[0], images[2]);
+    EXPECT_NE(images[0], fusion);
+}
+
+TEST_F(MainWidgetTest, EveryShowCentresTheWindowAsIfTheScreenBeganAtTheOrigin)
+{
+    const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+    ASSERT_NE(available.topLeft(), QPoint(0, 0)) << "the screen of this test is not in use";
+    const auto centre = [&] {
+        return QPoint(available.width() / 2 - window->width() / 2,
+                      available.height() / 2 - window->height() / 2);
+    };
+    EXPECT_EQ(window->size(), QSize(1280, 860));
+    EXPECT_EQ(window->pos(), QPoint(160, 70));
+    EXPECT_EQ(window->pos(), centre());
+    window->hide();
+    window->move(5, 6);
+    window->resize(1001, 651);
+    window->show();
+    EXPECT_EQ(window->pos(), centre());
+}
+
+TEST_F(MainWidgetTest, ALiveCameraTakesThePlaybackControlsAway)
+{
+    slider().setMaximum(1000);
+    slider().setCenterValue(500);
+    slider().setEnabled(true);
+    emit window->setShowCameraLiveUI(true);
+    for (const char* const name : playbackButtons)
+        EXPECT_FALSE(button(name).isEnabled()) << name;
+    EXPECT_FALSE(slider().isEnabled());
+    EXPECT_EQ(slider().centerValue(), 0);
+    EXPECT_EQ(text("label_time"), u"--/--"_s);
+    EXPECT_TRUE(button("pb_play").isEnabled());
+    EXPECT_TRUE(button("pb_record").isEnabled());
+}
+
+TEST_F(MainWidgetTest, ARecordingGivesThePlaybackControlsBackAtTheStartOfTheRange)
+{
+    emit window->setShowCameraLiveUI(true);
+    slider().setMaximum(1000);
+    slider().setMinimum(0);
+    slider().setHandleMode(3);
+    slider().setCenterValue(500);
+    slider().setLowerValue(200);
+    emit window->setShowCameraLiveUI(false);
+    for (const char* const name : playbackButtons)
+        EXPECT_TRUE(button(name).isEnabled()) << name;
+    EXPECT_TRUE(slider().isEnabled());
+    EXPECT_EQ(slider().centerValue(), 200);
+    EXPECT_EQ(text("label_time"), u"--/--"_s) << "the player writes it, not the switch";
+}
+
+TEST_F(MainWidgetTest, TheTitleShowsSerialAndTimeUntilItIsReset)
+{
+    for (const bool show : {true, false}) {
+        emit window->toShowCameraSerial(u"HAL-000001"_s);
+        emit window->toShowCameraTimestamp(75'000'250);
+        EXPECT_EQ(text("label_show_camera_info"), u"HAL-000001"_s);
+        EXPECT_EQ(text("label_show_timestamp_info"), u"01:15:000250"_s);
+        emit window->resetShowCameraFormTitle(show);
+        EXPECT_EQ(text("label_show_camera_info"), QString()) << show;
+        EXPECT_EQ(text("label_show_timestamp_info"), QString()) << show;
+    }
+}
+
+TEST_F(MainWidgetTest, SerialAndTimeFitTheirLabels)
+{
+    emit window->toShowCameraSerial(u"HAL-000001"_s);
+    emit window->toShowCameraTimestamp(75'000'250);
+    for (const char* const name : {"label_show_camera_info", "label_show_timestamp_info"}) {
+        const QLabel& label = find<QLabel>(name);
+        EXPECT_EQ(label.size(), QSize(100, 40)) << name;
+        EXPECT_LE(QFontMetrics(label.font()).horizontalAdvance(label.text()), label.contentsRect().width())
+            << name;
+    }
+}
+
+TEST_F(MainWidgetTest, AChangeOfLanguageTranslatesTheFormAgain)
+{
+    emit window->setShowCameraLiveUI(true);
+    QTranslator translator;
+    ASSERT_TRUE(translator.load(u":/app_zh.qm"_s));
+    ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return button("pb_menu_file").text() != u"File"_s; }));
+    EXPECT_EQ(button("pb_menu_file").text(), QCoreApplication::translate("Widget", "File"));
+    EXPECT_EQ(text("label_time"), u"--/ --"_s);
+    EXPECT_EQ(button("pb_menu_file").menu()->actions().constFirst()->text(), u"Open Recording"_s)
+        << "the menus' texts stay";
+    for (const char* const name : iconButtons)
+        EXPECT_EQ(button(name).text(), QString()) << name;
+
+    QCoreApplication::removeTranslator(&translator);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return button("pb_menu_file").text() == u"File"_s; }));
+    EXPECT_EQ(button("pb_menu_device").text(), u"Device"_s);
+    EXPECT_EQ(button("pb_menu_setting").text(), u"Setting"_s);
+    EXPECT_EQ(button("pb_menu_help").text(), u"Help"_s);
+    EXPECT_EQ(text("label_show_play_text"), u"Camera: "_s);
+    EXPECT_EQ(text("label_show_play_text2"), u" | Time: "_s);
+    EXPECT_EQ(window->windowTitle(), u"Widget"_s);
+}
+
+TEST_F(MainWidgetTest, NeitherButtonsNorTheImageViewTakeTheFocus)
+{
+    for (const char* const name : iconButtons)
+        EXPECT_EQ(button(name).focusPolicy(), Qt::NoFocus) << name;
+    for (const char* const name : {"pb_menu_file", "pb_menu_device", "pb_menu_setting", "pb_menu_help"})
+        EXPECT_EQ(button(name).focusPolicy(), Qt::NoFocus) << name;
+    EXPECT_EQ(find<QGraphicsView>("graphicsView").focusPolicy(), Qt::NoFocus);
+    EXPECT_EQ(find("widget_show_image").focusPolicy(), Qt::StrongFocus);
+    EXPECT_EQ(window->focusPolicy(), Qt::StrongFocus);
+}
+
+TEST_F(MainWidgetTest, TheMaximiseButtonTogglesTheStateAndTheTitleBarsCorners)
+{
+    click("pb_win_max");
+    EXPECT_TRUE(window->isMaximized());
+    const QString maximized = titleBarStyle();
+    EXPECT_EQ(maximized.count(u"-radius: 0px"_s), 4) << maximized.toStdString();
+    click("pb_win_max");
+    EXPECT_FALSE(window->isMaximized());
+    EXPECT_TRUE(window->isVisible());
+    const QString normal = titleBarStyle();
+    EXPECT_TRUE(normal.contains(u"border-top-left-radius: 6px"_s)) << normal.toStdString();
+    EXPECT_TRUE(normal.contains(u"border-top-right-radius: 6px"_s)) << normal.toStdString();
+    EXPECT_EQ(normal.count(u"-radius: 0px"_s), 2) << normal.toStdString();
+    for (const QString& sheet : {maximized, normal}) {
+        EXPECT_TRUE(sheet.contains(u"border-bottom: 1px solid #AAAAAA"_s)) << sheet.toStdString();
+        EXPECT_FALSE(sheet.contains(u"background"_s)) << sheet.toStdString();
+    }
+}
+
+TEST_F(MainWidgetTest, ADoubleClickOnTheTitleLeavesTheTitleBarsLook)
+{
+    const QString before = titleBarStyle();
+    QTest::mouseDClick(&find("widget_title_space"), Qt::LeftButton);
+    EXPECT_TRUE(window->isMaximized());
+    EXPECT_EQ(titleBarStyle(), before);
+    QTest::mouseDClick(&find("widget_title_space"), Qt::LeftButton);
+    EXPECT_FALSE(window->isMaximized());
+    EXPECT_EQ(titleBarStyle(), before);
+}
+
+TEST_F(MainWidgetTest, MaximizedChangedNotesTheButtonsType)
+{
+    ASSERT_TRUE(QMetaObject::invokeMethod(window.get(), "maximizedChanged", Q_ARG(bool, true)));
+    EXPECT_EQ(button("pb_win_max").property("type").toString(), u"restore"_s);
+    ASSERT_TRUE(QMetaObject::invokeMethod(window.get(), "maximizedChanged", Q_ARG(bool, false)));
+    EXPECT_EQ(button("pb_win_max").property("type").toString(), u"maxsize"_s);
+}
+
+TEST_F(MainWidgetTest, TheOtherWindowButtonsMinimiseAndClose)
+{
+    click("pb_win_min");
+    EXPECT_TRUE(window->isMinimized());
+    window->showNormal();
+    click("pb_win_close");
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(MainWidgetTest, TheTitleSpaceDragsTheWindow)
+{
+    const QPoint before = window->pos();
+    drag(find("widget_title_space"), QPoint(50, 10), QPoint(40, 25));
+    EXPECT_EQ(window->pos(), before + QPoint(40, 25));
+}
+
+TEST_F(MainWidgetTest, TheMenuButtonsDoNotDragTheWindow)
+{
+    const QPoint before = window->pos();
+    for (const char* const name : {"pb_menu_file", "pb_menu_device", "pb_menu_setting", "pb_menu_help"}) {
+        const PopupVisitor visitor([](QMenu&) {});
+        drag(button(name), QPoint(5, 5), QPoint(40, 25));
+        EXPECT_TRUE(visitor.hasCome()) << name << ": the press did not reach the button";
+        EXPECT_EQ(window->pos(), before) << name;
+    }
+}
+
+TEST_F(MainWidgetTest, AToastStandsAtTheBottomLeftCornerAndGoesWithTheWindow)
+{
+    emit window->signalShowLeftBottomTips(u"Saved."_s, Warning, QString());
+    ASSERT_EQ(toasts().size(), 1);
+    const QPointer<KvFilePathReminderForm> toast = toasts().constFirst();
+    EXPECT_TRUE(toast->isVisible());
+    EXPECT_EQ(toast->geometry().bottomLeft(), window->geometry().bottomLeft());
+    EXPECT_EQ(toast->parent(), nullptr);
+    EXPECT_EQ(toast->findChild<QLabel*>(u"lb_show_tips"_s)->text(), u"Saved."_s);
+    window.reset();
+    EXPECT_TRUE(toast.isNull());
+}
+
+TEST_F(MainWidgetTest, AToastOfAnotherThreadIsMadeOnTheGuiThread)
+{
+    std::thread other([this] { emit window->signalShowLeftBottomTips(u"From afar."_s, Error, QString()); });
+    other.join();
+    EXPECT_EQ(toasts().size(), 0) << "made by the other thread";
+    ASSERT_TRUE(QTest::qWaitFor([] { return toasts().size() == 1; }));
+    EXPECT_EQ(toasts().constFirst()->thread(), QCoreApplication::instance()->thread());
+    EXPECT_EQ(toasts().constFirst()->findChild<QLabel*>(u"lb_title"_s)->text(), u"Error"_s);
+}
+
+TEST_F(MainWidgetTest, NoPictureIsShownBeforeAnyEvents)
+{
+    const qint64 before = imageView().shownPixmap().cacheKey();
+    emit window->triggerEventsToShow();
+    EXPECT_EQ(imageView().shownPixmap().cacheKey(), before);
+}
+
+TEST_F(MainWidgetTest, ACameraThatIsNotThereIsToldInAToast)
+{
+    window->openCamera(u"NOT-THERE"_s);
+    ASSERT_EQ(toasts().size(), 1);
+    EXPECT_TRUE(
+        toasts().constFirst()->findChild<QLabel*>(u"lb_show_tips"_s)->text().contains(u"NOT-THERE"_s));
+}
+
+TEST_F(MainWidgetTest, AnOpenedCameraShowsItsSerialAndPlays)
+{
+    const auto cameras = std::make_shared<korvane::simulation::SimulatedBackend>();
+    korvane::registerBackend(cameras);
+    window->openCamera(u"HAL-000001"_s);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return text("label_show_timestamp_info") != QString(); }, 30000));
+    EXPECT_EQ(text("label_show_camera_info"), u"HAL-000001"_s);
+    EXPECT_TRUE(button("pb_play").isChecked());
+    EXPECT_FALSE(imageView().shownPixmap().isNull());
+    EXPECT_TRUE(button("pb_viewer_type").styleSheet().contains(u"btn_playbar_DVS.svg"_s));
+    window.reset();
+    korvane::unregisterBackend(cameras);
+}
+
+TEST_F(MainWidgetPlaybackTest, APictureIsShownOnlyWhenEventsWereAdded)
+{
+    const qint64 paused = imageView().shownPixmap().cacheKey();
+    click("pb_next");
+    const qint64 stepped = imageView().shownPixmap().cacheKey();
+    EXPECT_NE(stepped, paused);
+    emit window->triggerEventsToShow();
+    emit window->triggerEventsToShow();
+    EXPECT_EQ(imageView().shownPixmap().cacheKey(), stepped);
+}
+
+TEST_F(MainWidgetPlaybackTest, SpaceAndArrowsActWithTheFocusOnTheWindowAndTheImage)
+{
+    for (QWidget* const focused : {static_cast<QWidget*>(window.get()), &find("widget_show_image")}) {
+        const std::string name = focused->objectName().toStdString();
+        focused->setFocus();
+        ASSERT_EQ(QApplication::focusWidget(), focused) << name;
+        const QString start = text("label_time");
+        QTest::keyClick(window->windowHandle(), Qt::Key_Right);
+        const QString next = text("label_time");
+        EXPECT_NE(next, start) << name;
+        QTest::keyClick(window->windowHandle(), Qt::Key_Left);
+        EXPECT_EQ(text("label_time"), start) << name;
+        QTest::keyClick(window->windowHandle(), Qt::Key_Space);
+        EXPECT_TRUE(playing()) << name;
+        QTest::keyClick(window->windowHandle(), Qt::Key_Space);
+        EXPECT_FALSE(playing()) << name;
+        QCoreApplication::processEvents();
+    }
+}
+
+TEST_F(MainWidgetPlaybackTest, AHeldSpaceBarActsOnce)
+{
+    QTest::keyPress(window.get(), Qt::Key_Space);
+    ASSERT_TRUE(playing());
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Space, {}, u" "_s, true);
+    QCoreApplication::sendEvent(window.get(), &repeated);
+    EXPECT_TRUE(playing());
+}
+
+TEST_F(MainWidgetPlaybackTest, TheLoopButtonTogglesItsStateAndNothingElse)
+{
+    const QString time = text("label_time");
+    const int position = slider().centerValue();
+    const qint64 picture = imageView().shownPixmap().cacheKey();
+    const QImage off = drawn("pb_loop");
+    click("pb_loop");
+    EXPECT_TRUE(button("pb_loop").isChecked());
+    EXPECT_NE(drawn("pb_loop"), off);
+    const auto expectNothingElse = [&] {
+        QCoreApplication::processEvents();
+        EXPECT_FALSE(playing());
+        EXPECT_EQ(text("label_time"), time);
+        EXPECT_EQ(slider().centerValue(), position);
+        EXPECT_EQ(imageView().shownPixmap().cacheKey(), picture);
+    };
+    expectNothingElse();
+    click("pb_loop");
+    EXPECT_FALSE(button("pb_loop").isChecked());
+    expectNothingElse();
+}

@@ -1,0 +1,18 @@
+# A screen that begins beside the origin and is large enough for the whole window; the platform's own is smaller
+# than the window's smallest size.
+set(mainwindow_screen "${CMAKE_CURRENT_BINARY_DIR}/mainwindowscreen.json")
+file(CONFIGURE OUTPUT "${mainwindow_screen}" CONTENT [[
+{ "screens": [ { "name": "beside the origin", "x": 200, "y": 100, "width": 1601, "height": 1001,
+                 "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1 } ] }
+]] @ONLY)
+
+if(TARGET korvane_mainwindow AND TARGET korvane_resources)
+    korvane_add_test(mainwindow_test GUI
+        SOURCES mainwidget_test.cpp mainwindowfixture.h translations_test.cpp windowmenus_test.cpp
+        LINKS korvane_mainwindow korvane_recording korvane_simulation korvane_resources)
+    target_compile_definitions(mainwindow_test PRIVATE
+        MAINWINDOW_SCREEN="${mainwindow_screen}"
+        TRANSLATIONS_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
+        TRANSLATIONS_LIST="${CMAKE_BINARY_DIR}/resources/lupdate.lst"
+        TRANSLATIONS_LUPDATE="$<TARGET_FILE:Qt6::lupdate>")
+endif()
