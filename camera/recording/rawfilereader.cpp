@@ -1,6 +1,7 @@
 #include "camera/recording/rawfilereader.h"
 
 #include "camera/recording/evtwords.h"
+#include "camera/recording/recordingcut.h"
 #include "camera/recording/streamprobe.h"
 
 #include <QDebug>
@@ -270,29 +271,37 @@ DvsFileReader::Events RawFileReader::getEventsAt(std::uint64_t start, std::uint6
     auto events = pool.take();
     if (duration == 0)
         return events;
-    streamEvents(start, saturatedSum(start, duration - 1), [&](std::span<const Event2D> piece) {
-        if (events->size() + piece.size() > maximumWindow) {
-            if (!overfull.exchange(true))
-                qWarning().noquote().nospace() << filePath << ": a window holds more than " << maximumWindow
-                                               << " events; only the first are shown";
-            return false;
-        }
-        events->insert(events->end(), piece.begin(), piece.end());
-        return true;
-    });
+    const bool reached
+        = streamEvents(start, saturatedSum(start, duration - 1), [&](std::span<const Event2D> piece) {
+              if (events->size() + piece.size() > maximumWindow) {
+                  if (!overfull.exchange(true))
+                      qWarning().noquote().nospace() << filePath << ": a window holds more than "
+                                                     << maximumWindow << " events; only the first are shown";
+                  return false;
+              }
+              events->insert(events->end(), piece.begin(), piece.end());
+              return true;
+          });
+    // A file that has shrunk ends before its own last time.
+    if (!reached)
+        return nullptr;
     return events;
 }
 
-void RawFileReader::streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink)
+bool RawFileReader::streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink)
 {
     if (isPast(start) || start > end)
-        return;
+        return false;
     Cursor cursor(decoder, geometry, body(), index.entryForEvents(asSigned(start)));
     bool wanted = true;
     while (wanted && !cursor.atEnd() && cursor.state().eventFloor <= asSigned(end)) {
         auto piece = cursor.next();
         if (piece.empty())
             continue;
+        // What the file lost while it was decoded has read as zeros, which may be events: it ends before
+        // them.
+        if (body().size() < cursor.offset())
+            break;
         if (piece.front().timestamp < start)
             piece = piece.subspan(static_cast<std::size_t>(
                 std::partition_point(piece.begin(), piece.end(),
@@ -307,6 +316,7 @@ void RawFileReader::streamEvents(std::uint64_t start, std::uint64_t end, const E
             wanted = sink(piece);
     }
     meet(cursor.met());
+    return !cursor.atEnd() || cursor.state().eventFloor >= asSigned(start);
 }
 
 DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::uint64_t duration)
@@ -332,10 +342,13 @@ DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::u
     return triggers;
 }
 
-bool RawFileReader::cutFile(std::uint64_t, std::uint64_t, std::string path)
+bool RawFileReader::cutFile(std::uint64_t start, std::uint64_t end, std::string path)
 {
-    qWarning().noquote().nospace() << QString::fromLocal8Bit(path.c_str())
-                                   << ": recordings cannot be cut yet";
+    const QString target = QString::fromLocal8Bit(path.c_str());
+    QString error = QStringLiteral("no recording is loaded");
+    if (loaded && cutRecording(*this, start, end, target, error))
+        return true;
+    qWarning().noquote().nospace() << target << ": cannot be cut from " << filePath << ": " << error;
     return false;
 }
 

@@ -36,7 +36,7 @@ EventGenerator::EventGenerator(std::unique_ptr<Scene> watched, const SensorParam
                                std::uint64_t seed)
     : watchedScene(std::move(watched)), pixels(pixelCountOf(*watchedScene) / segmentWidth, seed),
       noiseSource(static_cast<std::uint32_t>(pixelCountOf(*watchedScene)), seed + 1),
-      events(watchedScene->height()), rowSteps(static_cast<std::size_t>(watchedScene->segments())),
+      rowSteps(static_cast<std::size_t>(watchedScene->segments())),
       settling(pixelCountOf(*watchedScene) / segmentWidth)
 {
     setParameters(parameters);

@@ -4,6 +4,11 @@
 
 namespace korvane::simulation {
 
+RecorderPort::RecorderPort(recording::Geometry geometry, std::string serial)
+    : recorder(geometry, std::move(serial))
+{
+}
+
 void RecorderPort::setSink(std::shared_ptr<EventSink> next)
 {
     const std::lock_guard lock(sinkMutex);
@@ -12,28 +17,12 @@ void RecorderPort::setSink(std::shared_ptr<EventSink> next)
 
 void RecorderPort::deliver(std::span<const Event2D> events)
 {
-    const std::lock_guard lock(sinkMutex);
-    if (sink)
-        sink->onEvents(events.data(), events.data() + events.size());
-}
-
-void RecorderPort::start(std::string path)
-{
-    const std::lock_guard lock(stateMutex);
-    current = {false, std::move(path), "Recording is not available for this camera."};
-}
-
-void RecorderPort::stop()
-{
-    const std::lock_guard lock(stateMutex);
-    current.writing = false;
-    current.error.clear();
-}
-
-RecorderState RecorderPort::state() const
-{
-    const std::lock_guard lock(stateMutex);
-    return current;
+    {
+        const std::lock_guard lock(sinkMutex);
+        if (sink)
+            sink->onEvents(events.data(), events.data() + events.size());
+    }
+    recorder.push(events.data(), events.data() + events.size());
 }
 
 } // namespace korvane::simulation

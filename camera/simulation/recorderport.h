@@ -2,6 +2,7 @@
 
 #include "camera/driver/event2d.h"
 #include "camera/driver/recorderstate.h"
+#include "camera/recording/recorder.h"
 #include "camera/simulation/eventsink.h"
 
 #include <memory>
@@ -11,25 +12,27 @@
 
 namespace korvane::simulation {
 
-/// Where a recorder is plugged into a simulated camera. deliver() belongs to the generating thread, the rest
-/// to any.
+/// What a simulated camera records with, and where else its events can be had. deliver() belongs to the
+/// generating thread, the rest to any.
 class RecorderPort
 {
 public:
-    /// Every event from now on goes to `next`; after the return no call into the former sink runs. May be
+    RecorderPort(recording::Geometry geometry, std::string serial);
+
+    /// Every event from now on goes to `next` too; after the return no call into the former sink runs. May be
     /// empty.
     void setSink(std::shared_ptr<EventSink> next);
+    /// Waits while the disk is behind: a recording loses nothing.
     void deliver(std::span<const Event2D> events);
 
-    void start(std::string path);
-    void stop();
-    RecorderState state() const;
+    void start(const std::string& path) { recorder.start(path); }
+    void stop() { recorder.stop(); }
+    RecorderState state() const { return recorder.state(); }
 
 private:
     std::mutex sinkMutex;
     std::shared_ptr<EventSink> sink; // guarded by sinkMutex
-    mutable std::mutex stateMutex;
-    RecorderState current; // guarded by stateMutex
+    recording::Recorder recorder;
 };
 
 } // namespace korvane::simulation

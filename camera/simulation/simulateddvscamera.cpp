@@ -31,7 +31,11 @@ SimulatedDvsCamera::SimulatedDvsCamera(const SimulatedCameraConfig& config)
 
 SimulatedDvsCamera::SimulatedDvsCamera(const SimulatedCameraConfig& config, std::unique_ptr<Scene> watched)
     : serial(config.serial), startFails(config.failStart),
-      generator(std::move(watched), config.sensor, config.seed), parameters(sanitized(config.sensor))
+      generator(std::move(watched), config.sensor, config.seed),
+      recorder({static_cast<std::uint16_t>(generator.scene().width()),
+                static_cast<std::uint16_t>(generator.scene().height())},
+               config.serial),
+      parameters(sanitized(config.sensor))
 {
 }
 
@@ -113,7 +117,7 @@ void SimulatedDvsCamera::pull()
 
 void SimulatedDvsCamera::startRecording(std::string path)
 {
-    recorder.start(std::move(path));
+    recorder.start(path);
 }
 
 void SimulatedDvsCamera::stopRecording()

@@ -1,3 +1,4 @@
+#include "app/config.h"
 #include "camera/driver/backend.h"
 #include "camera/recording/recordingbackend.h"
 #include "camera/simulation/simulatedbackend.h"
@@ -19,6 +20,7 @@
 #include <QWheelEvent>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -168,6 +170,33 @@ TEST_F(LiveStory, AnotherCameraReplacesTheFirst)
     const QStringList rows = openFromTheList(1);
     ASSERT_TRUE(wait([this, &rows] { return text("label_show_camera_info") == rows.at(1); }));
     ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && eventPixels() > 500; }));
+}
+
+TEST_F(LiveStory, WhatIsRecordedPlaysAgain)
+{
+    const QDir folder(Config::getInstance(QStringLiteral("config.ini"))->output_raw_file_path);
+    openFromTheList(0);
+    ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && eventPixels() > 500; }));
+    QTest::mouseClick(button("pb_record"), Qt::LeftButton);
+    EXPECT_TRUE(button("pb_record")->isChecked());
+    EXPECT_EQ(text("lb_recoding_time"), QStringLiteral("00:00"));
+    ASSERT_TRUE(wait([this] { return text("lb_recoding_time") == QStringLiteral("00:01"); }));
+    QTest::mouseClick(button("pb_record"), Qt::LeftButton);
+    EXPECT_FALSE(button("pb_record")->isChecked());
+    EXPECT_EQ(text("lb_recoding_time"), QString());
+    const auto toasts = QApplication::topLevelWidgets();
+    EXPECT_TRUE(std::any_of(toasts.begin(), toasts.end(), [](const QWidget* widget) {
+        const auto* const tips = widget->findChild<QLabel*>(QStringLiteral("lb_show_tips"));
+        return tips && widget->isVisible() && tips->text() == QStringLiteral("Save file success!");
+    }));
+
+    const QStringList files = folder.entryList({QStringLiteral("*.raw")}, QDir::Files, QDir::Time);
+    ASSERT_EQ(files.size(), 1);
+    window->openRecording(folder.filePath(files.constFirst()));
+    ASSERT_TRUE(wait(
+        [this] { return timeline()->isEnabled() && button("pb_play")->isChecked() && eventPixels() > 500; }));
+    EXPECT_GT(timeline()->maximum(), 800000u);
+    ASSERT_TRUE(wait([this] { return !button("pb_play")->isChecked(); }));
 }
 
 TEST_F(LiveStory, AClosedListOpensNothing)

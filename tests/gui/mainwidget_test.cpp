@@ -71,8 +71,9 @@ protected:
         ASSERT_TRUE(QTest::qWaitFor([this] { return !imageView().shownPixmap().isNull(); }));
         click("pb_play");
         ASSERT_FALSE(button("pb_play").isChecked());
-        // What the player posted before it paused arrives.
-        QCoreApplication::processEvents();
+        // The spinner had the focus; what the player posted before it paused arrives.
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     }
     bool playing() const { return button("pb_play").isChecked(); }
 
@@ -290,7 +291,8 @@ TEST_F(MainWidgetTest, TheMenuButtonsDoNotDragTheWindow)
     const QPoint before = window->pos();
     for (const char* const name : {"pb_menu_file", "pb_menu_device", "pb_menu_setting", "pb_menu_help"}) {
         const PopupVisitor visitor([](QMenu&) {});
-        drag(button(name), QPoint(5, 5), QPoint(40, 25));
+        // Out of the button: inside, the move would press it again.
+        drag(button(name), QPoint(5, 5), QPoint(60, 60));
         EXPECT_TRUE(visitor.hasCome()) << name << ": the press did not reach the button";
         EXPECT_EQ(window->pos(), before) << name;
     }
@@ -300,13 +302,14 @@ TEST_F(MainWidgetTest, AToastStandsAtTheBottomLeftCornerAndGoesWithTheWindow)
 {
     emit window->signalShowLeftBottomTips(u"Saved."_s, Warning, QString());
     ASSERT_EQ(toasts().size(), 1);
-    const QPointer<KvFilePathReminderForm> toast = toasts().constFirst();
+    const KvFilePathReminderForm* const toast = toasts().constFirst();
+    const QPointer<const KvFilePathReminderForm> watch = toast;
     EXPECT_TRUE(toast->isVisible());
     EXPECT_EQ(toast->geometry().bottomLeft(), window->geometry().bottomLeft());
     EXPECT_EQ(toast->parent(), nullptr);
     EXPECT_EQ(toast->findChild<QLabel*>(u"lb_show_tips"_s)->text(), u"Saved."_s);
     window.reset();
-    EXPECT_TRUE(toast.isNull());
+    EXPECT_TRUE(watch.isNull());
 }
 
 TEST_F(MainWidgetTest, AToastOfAnotherThreadIsMadeOnTheGuiThread)

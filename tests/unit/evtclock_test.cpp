@@ -192,13 +192,17 @@ TEST(EvtClock, TheNextTimeLowWordDecidesAStepOfTwoUnitsInEvt3)
 
 TEST(EvtClock, TheFirstOfManyTimeLowWordsDecidesEvenWhereNoEventIsNear)
 {
-    for (const unsigned first : {0u, 1u}) {
-        std::vector<std::uint16_t> words{high3(0),   high3(1), high3(2), high3(3),
-                                         low3(1808), event3,   high3(1)};
-        for (unsigned i = 0; i < 100; ++i)
-            words.push_back(low3(i == 0 ? first : 4000 - i * first));
-        words.push_back(event3);
-        EXPECT_EQ(decode3(words).counts.restarts, first == 0 ? 1u : 0u);
+    // The step stands at every place of the blocks that wide instructions take.
+    for (unsigned shift = 0; shift < 32; ++shift) {
+        for (const unsigned first : {0u, 1u}) {
+            std::vector<std::uint16_t> words(shift + 1, high3(0));
+            for (const std::uint16_t word : {high3(1), high3(2), high3(3), low3(1808), event3, high3(1)})
+                words.push_back(word);
+            for (unsigned i = 0; i < 100; ++i)
+                words.push_back(low3(i == 0 ? first : 4000 - i * first));
+            words.push_back(event3);
+            EXPECT_EQ(decode3(words).counts.restarts, first == 0 ? 1u : 0u) << shift;
+        }
     }
 }
 

@@ -19,6 +19,13 @@ korvane_add_test(recording_test
         ${CMAKE_CURRENT_LIST_DIR}/recordingbackend_test.cpp
         ${CMAKE_CURRENT_LIST_DIR}/streamprobe_test.cpp
     LINKS korvane_streamsupport)
+# Writing: encoder, recorder, cut.
+korvane_add_test(recordingwriting_test
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/evt3encoder_test.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/recorder_test.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/recordingcut_test.cpp
+    LINKS korvane_streamsupport)
 # Random streams against the reference decoder.
 korvane_add_test(recordingstreams_test
     SOURCES

@@ -4,6 +4,10 @@
 #include "tests/support/capturedmessages.h"
 #include "tests/unit/simulation_testscenes.h"
 
+#include "camera/recording/rawfilereader.h"
+
+#include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -17,6 +21,16 @@
 #include <vector>
 
 namespace {
+
+/// Counts what the camera makes.
+struct CountingSink : korvane::simulation::EventSink
+{
+    void onEvents(const korvane::Event2D* begin, const korvane::Event2D* end) override
+    {
+        events += static_cast<std::size_t>(end - begin);
+    }
+    std::atomic<std::size_t> events{0};
+};
 
 using namespace korvane::simulation;
 using namespace korvane::simulation::testing;
@@ -310,17 +324,31 @@ TEST(SimulatedDvsCamera, SensorParametersActWhileItStreams)
     camera->stop();
 }
 
-TEST(SimulatedDvsCamera, TellsThatItCannotRecord)
+TEST(SimulatedDvsCamera, RecordsEveryEventOfAStretch)
 {
+    const QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("a.raw")).toStdString();
+    const auto counter = std::make_shared<CountingSink>();
     const WatchedCamera camera;
     EXPECT_FALSE(camera->recorderState().writing);
-    EXPECT_EQ(camera->recorderState().error, "");
-    camera->startRecording("/nowhere/a.raw");
-    EXPECT_FALSE(camera->recorderState().writing);
-    EXPECT_EQ(camera->recorderState().path, "/nowhere/a.raw");
-    EXPECT_EQ(camera->recorderState().error, "Recording is not available for this camera.");
+    // Asked for while the view stands still, it begins with the start.
+    camera->startRecording(path);
+    EXPECT_TRUE(camera->recorderState().writing);
+    EXPECT_EQ(camera->recorderState().path, path);
+    camera->setEventSink(counter);
+    ASSERT_EQ(camera->start(), 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return counter->events > 1000; }, 20000));
+    camera->stop();
     camera->stopRecording();
+    EXPECT_FALSE(camera->recorderState().writing);
     EXPECT_EQ(camera->recorderState().error, "");
+
+    QString error;
+    const auto reader = korvane::recording::RawFileReader::open(path, error);
+    ASSERT_TRUE(reader && reader->loadFile()) << error.toStdString();
+    std::uint64_t end = 0;
+    reader->getEndTimestamp(end);
+    EXPECT_EQ(reader->getEventsAt(0, end + 1)->size(), counter->events);
 }
 
 TEST(SimulatedDvsCamera, HasNoToolsYet)

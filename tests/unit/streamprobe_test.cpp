@@ -192,6 +192,10 @@ TEST(StreamProbe, TheLastPixelsOfMasksAndVectorsCountForTheGeometry)
     EXPECT_EQ(inferGeometry(EvtEncoding::Evt3, triple(0x80)), (Geometry{1280, 720}));
     std::vector<std::uint16_t> words{high3(1), row3(1), base3(1, 1279), vector8(2)};
     EXPECT_EQ(inferGeometry(EvtEncoding::Evt3, words3(words)), (Geometry{1281, 2}));
+    // Vectors in another family's row leave the base where it is.
+    const auto hidden = words3({high3(1), row3(1), base3(1, 1268), foreignRow3(1), vector12(1), vector8(1),
+                                row3(2), vector12(0x801)});
+    EXPECT_EQ(inferGeometry(EvtEncoding::Evt3, hidden), (Geometry{1280, 720}));
     // No sensor is wider than a coordinate can name.
     words.insert(words.end(), 7000, vector12(1));
     EXPECT_EQ(inferGeometry(EvtEncoding::Evt3, words3(words)), (Geometry{2048, 2}));
