@@ -23,6 +23,8 @@ void WorkerThread::run()
     } catch (const std::exception& error) {
         // Memory, or a driver that keeps no promise: the job has failed, the program goes on.
         qCritical() << "A background job has ended early:" << error.what();
+    } catch (...) {
+        qCritical() << "A background job has ended early.";
     }
     emit taskCompleted();
 }

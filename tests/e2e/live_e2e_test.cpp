@@ -117,8 +117,15 @@ TEST_F(LiveStory, ACameraThenARecordingToItsEndWithASeek)
     // Paused, the picture and the time stay; started again, they go on.
     QTest::mouseClick(button("pb_play"), Qt::LeftButton);
     EXPECT_FALSE(button("pb_play")->isChecked());
+    QCoreApplication::processEvents();
+    const QString paused = text("label_show_timestamp_info");
+    const auto shown = window->findChild<ShowImageForm*>()->shownPixmap().cacheKey();
+    QTest::qWait(100);
+    EXPECT_EQ(text("label_show_timestamp_info"), paused);
+    EXPECT_EQ(window->findChild<ShowImageForm*>()->shownPixmap().cacheKey(), shown);
     QTest::keyClick(window.get(), Qt::Key_Space);
     EXPECT_TRUE(button("pb_play")->isChecked());
+    ASSERT_TRUE(wait([this, paused] { return text("label_show_timestamp_info") > paused; }));
 
     const QString path = QDir::current().filePath(QStringLiteral("bar.raw"));
     ASSERT_TRUE(writeMovingBar(path, 400));

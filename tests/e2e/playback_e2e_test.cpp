@@ -191,5 +191,10 @@ TEST_F(PlaybackStory, ClosingWhilePlayingEndsCleanly)
     ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked(); }));
     window->close();
     window.reset();
-    SUCCEED();
+    // The recording was let go: it can be renamed, and opened by the next window.
+    const QString renamed = path + QStringLiteral(".raw");
+    ASSERT_TRUE(QFile::rename(path, renamed));
+    window = std::make_unique<MainWidget>();
+    window->openRecording(renamed);
+    EXPECT_TRUE(wait([this] { return button("pb_play")->isChecked(); }));
 }
