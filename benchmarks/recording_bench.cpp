@@ -1,5 +1,6 @@
 #include "benchmarks/figure.h"
 #include "benchmarks/streams.h"
+#include "camera/recording/evt3encoder.h"
 #include "camera/recording/evtdecoder.h"
 #include "camera/recording/rawfilereader.h"
 #include "display/eventframebuffer.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 
 namespace {
@@ -91,6 +93,65 @@ std::unique_ptr<RawFileReader> openRecording(benchmark::State& state, const std:
     if (!reader)
         state.SkipWithError(qPrintable(QStringLiteral("cannot open the recording: ") + error));
     return reader;
+}
+
+/// Encodes what a stream holds, in batches as a recorder gets them; the limit copies the words written.
+void measureEncoding(benchmark::State& state, const streams::Bytes& bytes)
+{
+    std::vector<Event2D> events(bytes.size());
+    const std::size_t count = decodeAll(EvtDecoder(EvtEncoding::Evt3), bytes, events);
+    std::vector<std::uint8_t> words;
+    const double seconds = figure::bestOfFive([&] {
+        Evt3Encoder encoder({1280, 720});
+        words.clear();
+        constexpr std::size_t batch = 16 * 1024;
+        for (std::size_t at = 0; at < count; at += batch)
+            encoder.encode({events.data() + at, std::min(batch, count - at)}, {}, words);
+    });
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(words.data());
+    state.counters["bytes_per_event"] = static_cast<double>(words.size()) / static_cast<double>(count);
+    state.counters["bytes_per_event_source"] = static_cast<double>(bytes.size()) / static_cast<double>(count);
+    const auto millions = static_cast<double>(count) / 1e6;
+    figure::report(state, "Mevents/s", figure::Better::Higher, millions / seconds,
+                   millions / figure::secondsToCopy(words.size(), 1024 * 1024));
+}
+
+void encode_evt3(benchmark::State& state)
+{
+    measureEncoding(state, streams::busyEvt3(8 * 1024 * 1024));
+}
+
+void encode_evt3_sparse(benchmark::State& state)
+{
+    measureEncoding(state, streams::sparseEvt3(8 * 1024 * 1024));
+}
+
+/// Cutting 100 MB with verification; the limit copies the words written.
+void cut(benchmark::State& state)
+{
+    const auto reader = openRecording(state, streams::busyRecording(dataFolder(), gigabyte));
+    if (!reader || !reader->loadFile()) {
+        state.SkipWithError("the recording cannot be loaded");
+        return;
+    }
+    const std::string path = dataFolder() + "/cut.raw";
+    constexpr std::uint64_t length = 4'000'000; // microseconds
+    std::size_t events = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        const double start = now();
+        if (!reader->cutFile(0, length, path))
+            state.SkipWithError("the recording cannot be cut");
+        const double seconds = now() - start;
+        reader->streamEvents(0, length, [&events](std::span<const Event2D> piece) {
+            events += piece.size();
+            return true;
+        });
+        const auto millions = static_cast<double>(events) / 1e6;
+        figure::report(state, "Mevents/s", figure::Better::Higher, millions / seconds,
+                       millions / figure::secondsToCopy(std::filesystem::file_size(path), 1024 * 1024));
+    }
+    std::filesystem::remove(path);
 }
 
 /// The scan that loadFile does, over a file in the page cache; the limit reads the same mapping word by word.
@@ -211,6 +272,9 @@ BENCHMARK(decode_evt3)->Iterations(1)->Repetitions(3);
 BENCHMARK(decode_evt3_sparse)->Iterations(1)->Repetitions(3);
 BENCHMARK(decode_evt2)->Iterations(1)->Repetitions(3);
 BENCHMARK(decode_evt21)->Iterations(1)->Repetitions(3);
+BENCHMARK(encode_evt3)->Iterations(1)->Repetitions(3);
+BENCHMARK(encode_evt3_sparse)->Iterations(1)->Repetitions(3);
+BENCHMARK(cut)->Iterations(1)->Repetitions(3);
 BENCHMARK(index_scan)->Iterations(1)->Repetitions(2);
 BENCHMARK(open_1gb)->Iterations(1)->Repetitions(2);
 BENCHMARK(seek_window_p99)->Iterations(1)->Repetitions(3);

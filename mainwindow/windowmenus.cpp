@@ -1,5 +1,7 @@
 #include "mainwindow/windowmenus.h"
 
+#include <QFont>
+#include <QFontMetrics>
 #include <QPushButton>
 
 namespace {
@@ -88,6 +90,12 @@ void WindowMenus::buildViewerSettingMenu()
     startEndPoint->setCheckable(true);
     connect(startEndPoint, &QAction::triggered, this, &WindowMenus::startEndPointToggled);
     viewerSettingMenu->addSeparator();
+    // The style makes no room for the switch itself: a short text would run into it.
+    QFont font = viewerSettingMenu->font();
+    font.setPixelSize(12);
+    constexpr int switchAndMargins = 80; // pixels
+    viewerSettingMenu->setMinimumWidth(QFontMetrics(font).horizontalAdvance(startEndPointText)
+                                       + switchAndMargins);
 }
 
 void WindowMenus::runViewerSettingMenu(const QPushButton* button)
