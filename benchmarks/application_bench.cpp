@@ -10,8 +10,10 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <chrono>
 #include <memory>
@@ -37,12 +39,12 @@ public:
         korvane::registerBackend(std::make_shared<korvane::simulation::SimulatedBackend>());
     }
 
+    /// Runs the event loop as the application does: asleep while nothing happens.
     static void run(int milliseconds)
     {
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < milliseconds)
-            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
+        QEventLoop loop;
+        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        loop.exec();
     }
 
 private:
