@@ -54,7 +54,7 @@ KORVANE_WIDE_INLINE __m512i eightFrom(const std::uint16_t* values)
 KORVANE_WIDE_INLINE void storeLowest(Event2D* out, std::uint64_t pixel, unsigned bits, std::int64_t time)
 {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
-                     _mm_set_epi64x(time, static_cast<long long>(pixel + _tzcnt_u32(bits))));
+                     _mm_set_epi64x(time, static_cast<std::int64_t>(pixel + _tzcnt_u32(bits))));
 }
 
 /// Sixteen words of EVT 2.0, all of them events inside the sensor in time order or repeated time-high words.

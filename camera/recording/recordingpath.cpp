@@ -25,7 +25,7 @@ QString renameToFree(const QString& temporary, const QString& wanted, QString& e
     QFile file(temporary);
     // Somebody else may take the name between the look and the rename: then look again.
     for (int attempt = 0; attempt < 100; ++attempt) {
-        const QString path = freeRecordingPath(wanted);
+        QString path = freeRecordingPath(wanted);
         if (file.rename(path))
             return path;
         if (!QFile::exists(path))
