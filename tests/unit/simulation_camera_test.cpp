@@ -10,6 +10,7 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -186,14 +187,15 @@ TEST(SimulatedDvsCamera, ChangedBatchTimeTakesEffect)
 TEST(SimulatedDvsCamera, StopReturnsAtOnceAndNothingComesAfter)
 {
     const WatchedCamera camera;
-    const auto begin = steady_clock::now();
-    constexpr int times = 50;
-    for (int i = 0; i < times; ++i) {
+    auto shortest = steady_clock::duration::max();
+    for (int i = 0; i < 50; ++i) {
+        const auto begin = steady_clock::now();
         ASSERT_EQ(camera->start(), 0);
         camera->stop();
+        shortest = std::min(shortest, steady_clock::now() - begin);
     }
-    // Waiting for the step that is due each time would take twice as long.
-    EXPECT_LT(steady_clock::now() - begin, std::chrono::microseconds(times * EventGenerator::stepUs / 2));
+    // Waiting for the step that is due would take longer every time, on a busy machine too.
+    EXPECT_LT(shortest, std::chrono::microseconds(EventGenerator::stepUs / 2));
     ASSERT_EQ(camera->start(), 0);
     ASSERT_TRUE(camera.waitForSteps(3));
     camera->stop();
