@@ -339,6 +339,9 @@ DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::u
                      });
     }
     meet(cursor.met());
+    // A file that has shrunk ends before its own last time.
+    if (triggers->empty() && cursor.atEnd() && cursor.state().eventFloor < asSigned(start))
+        return nullptr;
     return triggers;
 }
 

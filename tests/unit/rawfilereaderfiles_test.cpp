@@ -215,6 +215,8 @@ TEST_F(RawFileReaderFiles, AFileThatShrinksWhileItIsOpenEndsThere)
     EXPECT_THAT(*reader->getEventsAt(299990, 20), SizeIs(1));
     // Behind the cut there is no recording, though its times stay what they were.
     EXPECT_FALSE(reader->getEventsAt(500000, 1000));
+    EXPECT_FALSE(reader->getTriggersAt(500000, 1000));
+    EXPECT_TRUE(reader->getTriggersAt(100000, 1000)) << "none, but inside";
     EXPECT_EQ(endOf(*reader), 999990u);
     EXPECT_FALSE(reader->getEventsAt(999991, 10));
     EXPECT_TRUE(reader->seekTime(400000));
