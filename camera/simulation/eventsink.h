@@ -4,7 +4,7 @@
 
 namespace korvane::simulation {
 
-/// Takes every event that a simulated sensor makes, as a recorder does.
+/// Takes every event of a stream, as a recorder does.
 class EventSink
 {
 public:
@@ -13,7 +13,7 @@ public:
     EventSink(const EventSink&) = delete;
     EventSink& operator=(const EventSink&) = delete;
 
-    /// The next events in the order of the stream; valid during the call. Called on the generating thread,
+    /// The next events in the order of the stream; valid during the call. Called on the stream's thread,
     /// which waits: what takes long goes through a queue.
     virtual void onEvents(const Event2D* begin, const Event2D* end) = 0;
 };

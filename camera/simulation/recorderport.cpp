@@ -15,8 +15,9 @@ void RecorderPort::setSink(std::shared_ptr<EventSink> next)
     sink.swap(next);
 }
 
-void RecorderPort::deliver(std::span<const Event2D> events)
+void RecorderPort::deliver(const StreamStep& step)
 {
+    const auto events = step.events;
     {
         const std::lock_guard lock(sinkMutex);
         if (sink)

@@ -1,19 +1,18 @@
 #pragma once
 
-#include "camera/driver/event2d.h"
 #include "camera/driver/recorderstate.h"
 #include "camera/recording/recorder.h"
 #include "camera/simulation/eventsink.h"
+#include "camera/simulation/eventstream.h"
 
 #include <memory>
 #include <mutex>
-#include <span>
 #include <string>
 
 namespace korvane::simulation {
 
-/// What a simulated camera records with, and where else its events can be had. deliver() belongs to the
-/// generating thread, the rest to any.
+/// What a streamed camera records with, and where else its events can be had. deliver() belongs to the
+/// stream's thread, the rest to any.
 class RecorderPort
 {
 public:
@@ -23,7 +22,7 @@ public:
     /// empty.
     void setSink(std::shared_ptr<EventSink> next);
     /// Waits while the disk is behind: a recording loses nothing.
-    void deliver(std::span<const Event2D> events);
+    void deliver(const StreamStep& step);
 
     void start(const std::string& path) { recorder.start(path); }
     void stop() { recorder.stop(); }

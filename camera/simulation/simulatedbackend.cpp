@@ -1,5 +1,7 @@
 #include "camera/simulation/simulatedbackend.h"
 
+#include "camera/simulation/simulateddvscamera.h"
+
 #include <QtGlobal>
 
 #include <algorithm>
@@ -10,7 +12,7 @@ namespace korvane::simulation {
 SimulatedBackend::SimulatedBackend(const std::vector<SimulatedCameraConfig>& configs)
 {
     for (const SimulatedCameraConfig& config : configs)
-        sockets.push_back({config, true, false, {}});
+        sockets.emplace_back().config = config;
 }
 
 SimulatedBackend::Slot* SimulatedBackend::slotOf(const std::string& serial)
@@ -22,10 +24,9 @@ SimulatedBackend::Slot* SimulatedBackend::slotOf(const std::string& serial)
 
 std::vector<CameraDescription> SimulatedBackend::cameraDescriptions()
 {
-    const std::lock_guard lock(mutex);
     std::vector<CameraDescription> found;
     for (const Slot& slot : sockets) {
-        if (slot.plugged)
+        if (slot.socket.isPlugged())
             found.push_back({slot.config.serial, slot.config.product, name()});
     }
     return found;
@@ -33,54 +34,28 @@ std::vector<CameraDescription> SimulatedBackend::cameraDescriptions()
 
 std::shared_ptr<DvsCamera> SimulatedBackend::openCamera(const std::string& serial)
 {
-    SimulatedCameraConfig config;
-    {
-        const std::lock_guard lock(mutex);
-        Slot* const slot = slotOf(serial);
-        if (slot == nullptr || !slot->plugged || slot->opening || slot->config.failOpen)
-            return nullptr;
-        if (!slot->camera.expired())
-            return nullptr;
-        slot->opening = true;
-        config = slot->config;
-    }
-    // Building the scene takes a while, during which the list of cameras is to be had.
-    std::shared_ptr<SimulatedDvsCamera> camera;
+    Slot* const slot = slotOf(serial);
+    if (slot == nullptr || slot->config.failOpen)
+        return nullptr;
     try {
-        camera = std::make_shared<SimulatedDvsCamera>(config);
+        return slot->socket.open<SimulatedDvsCamera>(
+            [slot] { return std::make_shared<SimulatedDvsCamera>(slot->config); });
     } catch (const std::exception& error) {
         qWarning("Simulated camera %s cannot be opened: %s", serial.c_str(), error.what());
-    }
-    const std::lock_guard lock(mutex);
-    Slot* const slot = slotOf(serial);
-    slot->opening = false;
-    if (!slot->plugged)
         return nullptr;
-    slot->camera = camera;
-    return camera;
+    }
 }
 
 void SimulatedBackend::pull(const std::string& serial)
 {
-    std::shared_ptr<SimulatedDvsCamera> open;
-    {
-        const std::lock_guard lock(mutex);
-        if (Slot* const slot = slotOf(serial)) {
-            slot->plugged = false;
-            open = slot->camera.lock();
-            slot->camera.reset();
-        }
-    }
-    // Outside the lock: this may turn out to be the camera's last pointer.
-    if (open)
-        open->pull();
+    if (Slot* const slot = slotOf(serial))
+        slot->socket.pull();
 }
 
 void SimulatedBackend::plug(const std::string& serial)
 {
-    const std::lock_guard lock(mutex);
     if (Slot* const slot = slotOf(serial))
-        slot->plugged = true;
+        slot->socket.plug();
 }
 
 } // namespace korvane::simulation

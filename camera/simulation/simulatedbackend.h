@@ -1,17 +1,17 @@
 #pragma once
 
 #include "camera/driver/backend.h"
+#include "camera/simulation/camerasocket.h"
 #include "camera/simulation/simulatedcameraconfig.h"
-#include "camera/simulation/simulateddvscamera.h"
 
+#include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 namespace korvane::simulation {
 
-/// Offers simulated cameras. A camera has one owner: while it is open, opening it again fails. Any thread.
+/// Offers simulated cameras. Any thread.
 class SimulatedBackend : public Backend
 {
 public:
@@ -30,14 +30,11 @@ private:
     struct Slot
     {
         SimulatedCameraConfig config;
-        bool plugged = true;
-        bool opening = false;
-        std::weak_ptr<SimulatedDvsCamera> camera;
+        CameraSocket socket;
     };
     Slot* slotOf(const std::string& serial);
 
-    std::mutex mutex;
-    std::vector<Slot> sockets; // guarded by mutex; as many for ever
+    std::deque<Slot> sockets; // the same for ever
 };
 
 } // namespace korvane::simulation

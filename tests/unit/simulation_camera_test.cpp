@@ -392,10 +392,9 @@ TEST(SimulatedDvsCamera, StreamThatTheMachineCannotFollowComesLateAndCompleteAnd
     EXPECT_EQ(camera->start(), 0);
     EXPECT_TRUE(camera.waitForSteps(25));
     camera->stop();
-    EXPECT_EQ(
-        messages.warnings(),
-        QStringList(QStringLiteral("Simulated camera TST-000001 makes more events than this machine can "
-                                   "follow; they come late.")));
+    EXPECT_EQ(messages.warnings(),
+              QStringList(QStringLiteral("Camera TST-000001 makes more events than this machine can "
+                                         "follow; they come late.")));
     const std::vector<Event2D> events = camera.watch->taken();
     const double expected = 64 * 8 * 200e-6 * static_cast<double>(camera->sensorTime());
     EXPECT_NEAR(static_cast<double>(events.size()), expected, 0.05 * expected);
