@@ -1,0 +1,82 @@
+#include "settings/settingitembox.h"
+
+#include "ui_settingitembox.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace {
+
+/// Replaces the first match of the pattern by a declaration, or appends the declaration after a space.
+void putDeclaration(QString& styleSheet, const QString& pattern, const QString& declaration)
+{
+    const QRegularExpressionMatch match = QRegularExpression(pattern).match(styleSheet);
+    if (match.hasMatch())
+        styleSheet.replace(match.capturedStart(), match.capturedLength(), declaration);
+    else
+        styleSheet += u' ' + declaration;
+}
+
+} // namespace
+
+SettingItemBox::SettingItemBox(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::SettingItemBox>())
+{
+    ui->setupUi(this);
+    setMouseTracking(true);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setFold(true);
+}
+
+SettingItemBox::~SettingItemBox() = default;
+
+void SettingItemBox::setTitle(const QString& title)
+{
+    ui->lb_setting_box_title_text->setText(title);
+    ui->pb_fold->setAccessibleName(title);
+}
+
+void SettingItemBox::addItem(QWidget* item)
+{
+    ui->verticalLayout->addWidget(item);
+    settle(item);
+}
+
+void SettingItemBox::insertItem(QWidget* item, int index)
+{
+    // The layout itself does not survive a place past its end.
+    ui->verticalLayout->insertWidget(std::min(index, ui->verticalLayout->count()), item);
+    settle(item);
+}
+
+void SettingItemBox::setFold(bool folded)
+{
+    applyFold(folded);
+    ui->pb_fold->setChecked(folded);
+}
+
+void SettingItemBox::on_pb_fold_clicked(bool checked)
+{
+    applyFold(checked);
+}
+
+void SettingItemBox::applyFold(bool folded)
+{
+    QString styleSheet = ui->widget_setting_box_title->styleSheet();
+    ui->widget_container->setVisible(!folded);
+    putDeclaration(styleSheet, QStringLiteral("(\\bborder[^;]*;)"),
+                   folded ? QStringLiteral("border-left: 0px solid #004B6A;")
+                          : QStringLiteral("border-left: 2px solid #004B6A;"));
+    putDeclaration(styleSheet, QStringLiteral("(\\bbackground[^;]*;)"),
+                   folded ? QStringLiteral("background: #F4F5F7;") : QStringLiteral("background: #E1E9ED;"));
+    ui->widget_setting_box_title->setStyleSheet(styleSheet);
+}
+
+void SettingItemBox::settle(QWidget* item)
+{
+    adjustSize();
+    update();
+    ui->widget_container->adjustSize();
+    ui->widget_container->update();
+    item->adjustSize();
+}

@@ -1,0 +1,4 @@
+korvane_add_test(settings_test GUI
+    SOURCES
+        settingitembox_test.cpp
+    LINKS korvane_settings korvane_resources)
