@@ -12,3 +12,7 @@ korvane_add_test(recordingopener_test GUI
         ../support/scriptedcamera.cpp
         ../support/scriptedreader.cpp
     LINKS korvane_playback korvane_camera korvane_recording korvane_resources)
+
+korvane_add_test(fusionengine_test GUI
+    SOURCES fusionengine_test.cpp ../support/scriptedreader.cpp
+    LINKS korvane_playback)

@@ -1,1 +1,3 @@
-korvane_add_test(kernels_test SOURCES eventpainter_test.cpp eventyuv_test.cpp LINKS korvane_kernels)
+korvane_add_test(kernels_test
+    SOURCES apsalignment_test.cpp eventpainter_test.cpp eventyuv_test.cpp fusionpainter_test.cpp
+    LINKS korvane_kernels)

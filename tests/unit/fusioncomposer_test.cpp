@@ -1,0 +1,224 @@
+#include "playback/fusioncomposer.h"
+
+#include "tests/support/scriptedfusioncamera.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace {
+
+const QColor white(255, 255, 255);
+const QColor red(255, 0, 0);
+const QColor blue(0, 0, 255);
+
+korvane::Event2D event(int x, int y, int polarity)
+{
+    return {static_cast<std::uint16_t>(x), static_cast<std::uint16_t>(y), static_cast<std::uint8_t>(polarity),
+            0};
+}
+
+class FusionComposerTest : public testing::Test
+{
+protected:
+    FusionComposerTest()
+    {
+        // Every pixel of a frame is (30, 20, 10) in red, green, blue.
+        for (std::size_t i = 0; i < pixels.size(); i += 3) {
+            pixels[i] = 10;
+            pixels[i + 1] = 20;
+            pixels[i + 2] = 30;
+        }
+        camera->onCounts = [this](std::shared_ptr<korvane::EventCountFrame>& out, std::uint64_t time) {
+            asked.push_back(time);
+            out = counts;
+            return counts != nullptr;
+        };
+    }
+
+    void frame(std::uint64_t time) { composer.onApsFrame({pixels.data(), 3840, 2160, time}); }
+    void events(const std::vector<korvane::Event2D>& batch)
+    {
+        composer.onEvents(batch.data(), batch.data() + batch.size());
+    }
+    /// Counts at one pixel of an otherwise empty frame of counts.
+    void count(int x, int y, std::uint16_t off, std::uint16_t on)
+    {
+        if (!counts) {
+            counts = std::make_shared<korvane::EventCountFrame>();
+            counts->counts.resize(std::size_t{1280} * 720 * 2);
+        }
+        const std::size_t index = 2 * (std::size_t(y) * 1280 + std::size_t(x));
+        counts->counts[index] = off;
+        counts->counts[index + 1] = on;
+    }
+
+    ScriptedLog log;
+    std::vector<std::uint8_t> pixels = std::vector<std::uint8_t>(std::size_t{3840} * 2160 * 3);
+    std::shared_ptr<ScriptedFusionCamera> camera = std::make_shared<ScriptedFusionCamera>("cam", log);
+    std::shared_ptr<korvane::EventCountFrame> counts;
+    std::vector<std::uint64_t> asked;
+    std::vector<QImage> images;
+    std::vector<std::uint64_t> times;
+    FusionPicture picture;
+    FusionComposer composer{picture,
+                            {
+                                [this](const QImage& image) { images.push_back(image); },
+                                [this](std::uint64_t time) { times.push_back(time); },
+                            }};
+};
+
+} // namespace
+
+TEST_F(FusionComposerTest, TheApsViewShowsTheFrameAndItsTime)
+{
+    composer.setViewerType(korvane::STREAM_APS);
+    frame(77);
+    ASSERT_EQ(images.size(), 1U);
+    EXPECT_EQ(images[0].size(), QSize(1280, 720));
+    EXPECT_EQ(images[0].pixelColor(640, 360), QColor(30, 20, 10));
+    EXPECT_EQ(images[0].pixelColor(0, 0), white);
+    EXPECT_EQ(times, std::vector<std::uint64_t>{77});
+    EXPECT_TRUE(asked.empty());
+}
+
+TEST_F(FusionComposerTest, TheFusionViewDrawsTheCamerasCountsOverTheFrame)
+{
+    count(640, 360, 0, 1);
+    count(641, 360, 2, 1);
+    count(642, 360, 3, 3);
+    composer.setFusionCamera(camera);
+    frame(100);
+    ASSERT_EQ(images.size(), 1U);
+    EXPECT_EQ(asked, std::vector<std::uint64_t>{100});
+    EXPECT_EQ(images[0].pixelColor(640, 360), red);
+    EXPECT_EQ(images[0].pixelColor(641, 360), blue);
+    EXPECT_EQ(images[0].pixelColor(642, 360), red);
+    EXPECT_EQ(images[0].pixelColor(643, 360), QColor(30, 20, 10));
+    EXPECT_EQ(times, std::vector<std::uint64_t>{100});
+}
+
+TEST_F(FusionComposerTest, WithoutCountsForAFrameTheFusionViewMakesNoPicture)
+{
+    composer.setFusionCamera(camera);
+    frame(100);
+    EXPECT_EQ(asked.size(), 1U);
+    EXPECT_TRUE(images.empty());
+    EXPECT_TRUE(times.empty());
+}
+
+TEST_F(FusionComposerTest, WithoutACameraOrWithALostOneTheFusionViewMakesNoPicture)
+{
+    count(1, 1, 1, 1);
+    frame(1);
+    camera->connected = false;
+    composer.setFusionCamera(camera);
+    frame(2);
+    EXPECT_TRUE(images.empty());
+    EXPECT_TRUE(asked.empty());
+}
+
+TEST_F(FusionComposerTest, CountsShorterThanThePictureMakeNoPicture)
+{
+    counts = std::make_shared<korvane::EventCountFrame>();
+    counts->counts.resize(100);
+    composer.setFusionCamera(camera);
+    frame(1);
+    EXPECT_TRUE(images.empty());
+}
+
+TEST_F(FusionComposerTest, TheDvsViewShowsTheEventsSinceTheFrameBefore)
+{
+    composer.setViewerType(korvane::STREAM_DVS);
+    events({event(280, 10, 1), event(281, 10, 0)});
+    frame(5);
+    events({event(282, 10, 1)});
+    frame(6);
+    ASSERT_EQ(images.size(), 2U);
+    EXPECT_EQ(images[0].pixelColor(1000, 10), red);
+    EXPECT_EQ(images[0].pixelColor(999, 10), blue);
+    EXPECT_EQ(images[0].pixelColor(998, 10), white);
+    EXPECT_EQ(images[1].pixelColor(1000, 10), white);
+    EXPECT_EQ(images[1].pixelColor(998, 10), red);
+    EXPECT_EQ(times, (std::vector<std::uint64_t>{5, 6}));
+}
+
+TEST_F(FusionComposerTest, EqualCountsAreShownInTheColourOfPolarityOne)
+{
+    composer.setViewerType(korvane::STREAM_DVS);
+    events({event(280, 10, 1), event(280, 10, 0)});
+    frame(5);
+    EXPECT_EQ(images.at(0).pixelColor(1000, 10), red);
+}
+
+TEST_F(FusionComposerTest, ColumnZeroShowsInTheNextRowAndInTheLastRowNotAtAll)
+{
+    composer.setViewerType(korvane::STREAM_DVS);
+    events({event(0, 0, 1), event(0, 719, 1)});
+    frame(5);
+    EXPECT_EQ(images.at(0).pixelColor(0, 1), red);
+    EXPECT_EQ(images.at(0).pixelColor(0, 719), white);
+    EXPECT_EQ(images.at(0).pixelColor(0, 0), white);
+}
+
+TEST_F(FusionComposerTest, EventsCountOnlyWhileTheDvsViewIsShownAndAreKeptWhenItChanges)
+{
+    composer.setViewerType(korvane::STREAM_FUSION);
+    events({event(280, 10, 1)});
+    composer.setViewerType(korvane::STREAM_DVS);
+    events({event(281, 10, 1)});
+    composer.setViewerType(korvane::STREAM_APS);
+    frame(1);
+    composer.setViewerType(korvane::STREAM_DVS);
+    frame(2);
+    ASSERT_EQ(images.size(), 2U);
+    EXPECT_EQ(images[1].pixelColor(1000, 10), white);
+    EXPECT_EQ(images[1].pixelColor(999, 10), red);
+}
+
+TEST_F(FusionComposerTest, AFrameOfAnotherSizeIsRefused)
+{
+    composer.setViewerType(korvane::STREAM_APS);
+    composer.onApsFrame({pixels.data(), 1920, 1080, 3});
+    composer.onApsFrame({nullptr, 3840, 2160, 4});
+    EXPECT_TRUE(images.empty());
+}
+
+TEST_F(FusionComposerTest, LettingTheCameraGoReleasesIt)
+{
+    composer.setFusionCamera(camera);
+    const std::weak_ptr<ScriptedFusionCamera> watched = camera;
+    camera.reset();
+    EXPECT_FALSE(watched.expired());
+    composer.setFusionCamera(nullptr);
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(FusionComposerTest, NoEventIsLostOrShownTwiceWhileFramesComeBesideThem)
+{
+    composer.setViewerType(korvane::STREAM_DVS);
+    constexpr int rounds = 400;
+    std::atomic<bool> done{false};
+    // One event a pixel at most, so that each must show in exactly one picture.
+    std::thread counting([this, &done] {
+        for (int i = 0; i < rounds; ++i)
+            events({event(1 + i, 20, 1)});
+        done = true;
+    });
+    std::size_t shown = 0;
+    const auto look = [this, &shown] {
+        frame(1);
+        for (int x = 0; x < 1280; ++x)
+            shown += images.back().pixelColor(x, 20) == red ? 1U : 0U;
+        images.clear();
+    };
+    while (!done)
+        look();
+    counting.join();
+    look();
+    EXPECT_EQ(shown, std::size_t{rounds});
+}
