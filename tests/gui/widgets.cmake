@@ -1,6 +1,7 @@
 korvane_add_test(widgets_test GUI
     SOURCES
         kvcapturedlog.h
+        kvcombobox_test.cpp
         kvfilepathreminderform_test.cpp
         kvmessagebox_test.cpp
         kvpopwidget_test.cpp
