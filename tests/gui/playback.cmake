@@ -16,3 +16,5 @@ korvane_add_test(recordingopener_test GUI
 korvane_add_test(fusionengine_test GUI
     SOURCES fusionengine_test.cpp ../support/scriptedreader.cpp
     LINKS korvane_playback)
+
+korvane_add_test(fusionplayer_test GUI SOURCES fusionplayer_test.cpp LINKS korvane_playback)
