@@ -5,6 +5,7 @@
 #include "ui_camerslist.h"
 
 #include <QIcon>
+#include <QKeyEvent>
 #include <QListWidgetItem>
 #include <QWKWidgets/widgetwindowagent.h>
 
@@ -46,6 +47,15 @@ bool CamerasList::selectedIndex(std::uint32_t& index) const
 void CamerasList::accept()
 {
     QDialog::accept();
+}
+
+void CamerasList::keyPressEvent(QKeyEvent* event)
+{
+    // The search field does nothing, and pressing Return in it is no choice of a camera.
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && ui->le_search_camera->hasFocus())
+        return;
+    QDialog::keyPressEvent(event);
 }
 
 void CamerasList::on_pb_win_close_clicked()

@@ -32,6 +32,9 @@ public:
 public slots:
     void accept() override;
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private slots:
     void on_pb_win_close_clicked();
 

@@ -11,6 +11,8 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <exception>
+#include <utility>
 
 LiveSession::LiveSession(SourceState& sharedState, DisplayTiming& displayTiming, EventFrameBuffer& frames,
                          Config& settings, QWidget* mainWindow, QWidget* spinnerAnchor)
@@ -97,26 +99,33 @@ void LiveSession::open(const korvane::CameraDescription& description)
 
 void LiveSession::openJob(int kind, const std::string& serial)
 {
-    const auto failed = [this, &serial] {
-        emit signalShowLeftBottomTips(
-            tr("Open camera: ") + QString::fromLocal8Bit(serial.c_str()) + tr("failed."), Error, QString());
-    };
+    try {
+        if (openKind(kind, serial))
+            return;
+    } catch (const std::exception& error) {
+        // A driver is to give nothing instead; what it throws is a camera that did not open all the same.
+        qWarning().noquote() << "The camera driver failed:" << error.what();
+    } catch (...) {
+        qWarning().noquote() << "The camera driver failed.";
+    }
+    emit signalShowLeftBottomTips(
+        tr("Open camera: ") + QString::fromLocal8Bit(serial.c_str()) + tr("failed."), Error, QString());
+}
+
+bool LiveSession::openKind(int kind, const std::string& serial)
+{
     // The camera is handed to the GUI thread ahead of everything that makes use of it there.
     if (kind == ModeDvsCamera) {
         auto camera = cameraManager.openCamera(serial);
-        if (!camera) {
-            failed();
-            return;
-        }
+        if (!camera)
+            return false;
         QMetaObject::invokeMethod(
             this, [this, camera] { dvsCamera = camera; }, Qt::QueuedConnection);
     } else if (kind == ModeFusionCamera) {
         qDebug().noquote() << "Open fusion camera.";
         auto camera = cameraManager.openFusionCamera(serial);
-        if (!camera) {
-            failed();
-            return;
-        }
+        if (!camera)
+            return false;
         if (fusionSink) {
             camera->addApsFrameCallback(
                 [sink = fusionSink](const korvane::ApsFrame& frame) { sink->onApsFrame(frame); });
@@ -141,6 +150,7 @@ void LiveSession::openJob(int kind, const std::string& serial)
             emit playRequested();
         },
         Qt::QueuedConnection);
+    return true;
 }
 
 void LiveSession::playClicked()
@@ -194,10 +204,12 @@ void LiveSession::stopStream()
     if (state.playMode == ModeFusionCamera && fusionCamera) {
         fusionCamera->stop(korvane::STREAM_FUSION);
         state.filePlaying = false;
+        emit runningChanged();
         qDebug().noquote() << "Fusion camera stop.";
     } else if (dvsCamera) {
         loop.stop();
         dvsCamera->releaseStream(streamHandle);
+        emit runningChanged();
         dvsCamera->stop();
         qDebug().noquote() << "stop camera.";
     }
@@ -276,6 +288,7 @@ void LiveSession::startRecording()
         fusionCamera->startRecording(local, korvane::STREAM_FUSION);
     recordingClock.start();
     recordingTimer.start();
+    shownSeconds = -1;
     emit recordingChanged(true);
     watchRecorder();
 }
@@ -324,6 +337,8 @@ void LiveSession::watchRecorder()
         return;
     }
     const qint64 seconds = recordingClock.elapsed() / 1000;
+    if (std::exchange(shownSeconds, seconds) == seconds)
+        return;
     emit recordingTimeChanged(QStringLiteral("%1:%2")
                                   .arg(seconds / 60, 2, 10, QLatin1Char('0'))
                                   .arg(seconds % 60, 2, 10, QLatin1Char('0')));

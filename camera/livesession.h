@@ -78,7 +78,7 @@ signals:
     /// The play button has to follow SourceState::filePlaying.
     void runningChanged();
     void recordingChanged(bool recording);
-    /// mm:ss while recording, else empty.
+    /// mm:ss while recording, once a second; empty when it is over.
     void recordingTimeChanged(QString text);
     /// A camera was opened; its kind tells the view.
     void viewerTypeSelected(korvane::STREAM_TYPE type);
@@ -88,6 +88,8 @@ signals:
 private:
     void open(const korvane::CameraDescription& description);
     void openJob(int kind, const std::string& serial);
+    /// False when the camera cannot be opened.
+    bool openKind(int kind, const std::string& serial);
     void toggleDvs();
     void toggleFusion();
     void stopStream();
@@ -115,5 +117,6 @@ private:
     bool recording = false;
     QElapsedTimer recordingClock;
     QTimer recordingTimer;
+    qint64 shownSeconds = -1; ///< of the recording's time, told last
     DvsReadingLoop loop; ///< last: its thread ends before anything it uses
 };

@@ -199,11 +199,19 @@ TEST_F(CamerasListTest, ReturnOpensTheRowChosenWithTheArrows)
     EXPECT_EQ(selected(), 1U);
 }
 
-TEST_F(CamerasListTest, ReturnInTheSearchFieldOpensToo)
+TEST_F(CamerasListTest, ReturnInTheSearchFieldOpensNothing)
 {
     open({"A", "B"});
-    EXPECT_NE(run([this] { QTest::keyClick(find<QLineEdit>("le_search_camera"), Qt::Key_Return); }), 0);
+    QSignalSpy finished(&*dialog, &QDialog::finished);
+    auto* field = find<QLineEdit>("le_search_camera");
+    QTest::mouseClick(field, Qt::LeftButton);
+    QTest::keyClick(field, Qt::Key_Return);
+    QTest::keyClick(field, Qt::Key_Enter);
+    EXPECT_EQ(finished.count(), 0);
+    EXPECT_TRUE(dialog->isVisible());
     EXPECT_EQ(selected(), 0U);
+    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_EQ(finished.count(), 1) << "Escape leaves from there, too";
 }
 
 TEST_F(CamerasListTest, TheListHasTheFocusFirst)

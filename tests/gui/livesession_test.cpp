@@ -39,6 +39,18 @@ TEST_F(LiveSessionTest, PressedAgainPlayStopsTheStreamThenTheCamera)
     ASSERT_TRUE(wait([this] { return eventsToShow > 0; }));
 }
 
+TEST_F(LiveSessionTest, TheButtonComesUpBetweenTheStreamsEndAndTheCamerasStop)
+{
+    openCamera();
+    QObject::connect(session.get(), &LiveSession::runningChanged, &window,
+                     [this] { log.add(play.isChecked() ? "button down" : "button up"); });
+    click(play);
+    EXPECT_EQ(log.at("S1 releaseStream 0"), 0);
+    EXPECT_EQ(log.at("button up"), 1);
+    EXPECT_EQ(log.at("S1 stop"), 2);
+    EXPECT_EQ(log.count("button down"), 0);
+}
+
 TEST_F(LiveSessionTest, StoppedNothingIsReadAnyMore)
 {
     const auto camera = openCamera();

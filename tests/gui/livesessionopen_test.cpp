@@ -2,7 +2,9 @@
 #include "widgets/waitingwin.h"
 
 #include <atomic>
+#include <functional>
 #include <semaphore>
+#include <stdexcept>
 
 using LiveSessionOpenTest = LiveSessionTest;
 
@@ -128,6 +130,29 @@ TEST_F(LiveSessionOpenTest, AFailedOpenShowsItsToastAndLeavesTheWindowAsItWas)
     EXPECT_EQ(messages.debug().count(QStringLiteral("Please connect camera first.")), 2);
     EXPECT_FALSE(play.isChecked());
     EXPECT_FALSE(record.isChecked());
+}
+
+TEST_F(LiveSessionOpenTest, ADriverThatThrowsIsACameraThatDidNotOpen)
+{
+    backend->offer("S1", "Halvora");
+    const std::function<bool(ScriptedCamera&)> faults[]
+        = {[](ScriptedCamera&) -> bool { throw std::runtime_error("no bandwidth left"); },
+           [](ScriptedCamera&) -> bool { throw 7; }};
+    for (const auto& fault : faults) {
+        backend->onOpen = fault;
+        log.clear();
+        const CapturedMessages messages;
+        pick(0);
+        EXPECT_EQ(log.count("toast 2 [Open camera: S1failed.] []"), 1);
+        EXPECT_EQ(log.count("press play"), 0);
+        EXPECT_EQ(messages.warnings().filter(QStringLiteral("The camera driver failed")).size(), 1);
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "the spinner has gone";
+        EXPECT_FALSE(play.isChecked());
+        EXPECT_FALSE(session->hasDvsCamera());
+    }
+    backend->onOpen = nullptr;
+    pick(0);
+    EXPECT_TRUE(play.isChecked());
 }
 
 TEST_F(LiveSessionOpenTest, AnUnknownProductOpensNothingButSwitchesTheWindowOver)

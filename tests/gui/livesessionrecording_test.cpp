@@ -148,6 +148,8 @@ TEST_F(LiveSessionRecordingTest, ShowsItsMinutesAndSecondsWhileItLasts)
     ASSERT_FALSE(recordingTimes.isEmpty());
     EXPECT_EQ(recordingTimes.constFirst(), QStringLiteral("00:00"));
     ASSERT_TRUE(wait([this] { return recordingTimes.contains(QStringLiteral("00:01")); }));
+    EXPECT_EQ(recordingTimes, (QStringList{QStringLiteral("00:00"), QStringLiteral("00:01")}))
+        << "told when it changes only";
     click(record);
     EXPECT_EQ(recordingTimes.constLast(), QString());
     recordingTimes.clear();
