@@ -1,9 +1,13 @@
 #!/usr/bin/env python3
-"""Draws every icon and logo of KorvaneInsight into resources/img/.
+"""Draws every icon and logo of KorvaneInsight into resources/img/ and the application's icon into packaging/.
 
 All icons come from one grid (24 x 24), one stroke weight and one palette; a state (hover, pressed, selected,
 disabled) is a Look that is laid over the same glyph, so the whole family changes together. States differ in
 lightness and in shape (tile or no tile, filled or outlined), never in hue alone.
+
+Most buttons show their icon at 40 pixels, so 0.6 of a unit is a pixel there. A stroke is three of them; strokes run
+at 12 +- (0.3 + 0.6 n) and edges without a stroke at 12 +- 0.6 n wherever they can: they then fall between pixels at
+40 and at 80, and hardly blur at 60. The title bar's icons (30 pixels) keep to multiples of 0.8 instead.
 
 Only shapes of SVG Tiny 1.2 are written, since Qt draws no more: paths of lines and Bezier curves, rectangles,
 circles. No texts (fonts differ), filters, masks or classes.
@@ -18,46 +22,45 @@ import sys
 from dataclasses import dataclass, replace
 from pathlib import Path
 
-IMAGES = Path(__file__).resolve().parent.parent / "resources" / "img"
+ROOT = Path(__file__).resolve().parent.parent
+IMAGES = ROOT / "resources" / "img"
 ASSETS = IMAGES / "assets"
 SOURCE = IMAGES / "source"
+PACKAGING = ROOT / "packaging"
 
 ACCENT = "#004B6A"
 ACCENT_PRESSED = "#2C6580"
+ACCENT_DARK = "#002D40"
 GREY = "#575757"
 SOFT_GREY = "#808080"
 DISABLED = "#C7C7C7"
 TILE = "#D7E7EE"
+PALE = "#EDF1F3"
 RED = "#FF6058"
-DEEP_RED = "#D93A32"
-RED_TILE = "#FFDEDB"
+RED_TILE = "#FFDAD8"
 GREEN = "#58DB6D"
 AMBER = "#F9BF37"
-DARK_GREEN = "#0B3D16"
-DARK_AMBER = "#4A3300"
 WHITE = "#FFFFFF"
 
-WEIGHT = 1.75
-THIN = 1.25
+WEIGHT = 1.8
 
 
 @dataclass(frozen=True)
 class Look:
-    """How a glyph is drawn: `ink` strokes and solid shapes, `body` the fill of solid shapes, `soft` the fill of
-    large closed shapes, `mark` the one coloured spot that some glyphs have."""
+    """How a glyph is drawn: `ink` strokes and solid shapes, `soft` the fill of large closed shapes, `mark` the one
+    coloured spot that some glyphs have; `hollow` leaves solid shapes unfilled. `inset` is the tile's margin."""
 
     ink: str = GREY
-    body: str = ""
     soft: str = "none"
     mark: str = ""
-    weight: float = WEIGHT
+    hollow: bool = False
     tile: str = ""
-    tile_opacity: float = 1.0
+    inset: float = 1.2
     chosen: bool = False
 
     @property
     def solid(self):
-        return self.body or self.ink
+        return "none" if self.hollow else self.ink
 
     @property
     def spot(self):
@@ -68,7 +71,7 @@ NORMAL = Look()
 HOVER = Look(ink=ACCENT, soft=WHITE, tile=TILE)
 PRESSED = Look(ink=WHITE, tile=ACCENT_PRESSED)
 SELECTED = Look(ink=WHITE, tile=ACCENT, chosen=True)
-DISABLE = Look(ink=DISABLED, body="none", weight=THIN)
+DISABLE = Look(ink=DISABLED, hollow=True)
 
 
 def number(value):
@@ -96,9 +99,9 @@ def circle(cx, cy, r, **more):
     return element("circle", cx=cx, cy=cy, r=r, **more)
 
 
-def pixel(cx, cy, size, look, **more):
+def block(x, y, size, fill):
     """One event: a square with softened corners, never stroked."""
-    return rect(cx - size / 2, cy - size / 2, size, size, size * 0.22, fill=more.get("fill", look.ink), stroke="none")
+    return rect(x, y, size, size, size * 0.2, fill=fill, stroke="none")
 
 
 def polygon(*points):
@@ -110,142 +113,153 @@ def drawing(look, shapes, width=24, height=24):
     lines = [f'<svg xmlns="http://www.w3.org/2000/svg" version="1.2" baseProfile="tiny" '
              f'width="{number(width)}" height="{number(height)}" viewBox="0 0 {number(width)} {number(height)}">']
     if look.tile:
-        opacity = {} if look.tile_opacity == 1.0 else {"fill_opacity": look.tile_opacity}
-        lines.append("  " + rect(1, 1, 22, 22, 4.5, fill=look.tile, **opacity))
-    lines.append(f'  <g fill="none" stroke="{look.ink}" stroke-width="{number(look.weight)}" '
+        side = 24 - 2 * look.inset
+        lines.append("  " + rect(look.inset, look.inset, side, side, 4.8, fill=look.tile))
+    lines.append(f'  <g fill="none" stroke="{look.ink}" stroke-width="{number(WEIGHT)}" '
                  'stroke-linecap="round" stroke-linejoin="round">')
     lines += ["    " + shape for shape in shapes]
     lines += ["  </g>", "</svg>", ""]
     return "\n".join(lines)
 
 
-# Glyphs: each takes a Look and gives shapes on the 24 x 24 grid, inside 5..19 so that the tile keeps a margin.
+# Glyphs: each takes a Look and gives shapes on the 24 x 24 grid, inside 3.6..20.4 so that the tile keeps a margin.
 
 def play(look):
-    return [path(polygon((8.5, 6), (18, 12), (8.5, 18)), fill=look.solid)]
+    return [path(polygon((8.7, 5.7), (18.3, 12), (8.7, 18.3)), fill=look.solid)]
 
 
 def pause(look):
-    return [rect(7, 6, 3, 12, 0.5, fill=look.solid), rect(14, 6, 3, 12, 0.5, fill=look.solid)]
+    return [rect(7.5, 6.3, 1.8, 11.4, 0.3, fill=look.solid), rect(14.7, 6.3, 1.8, 11.4, 0.3, fill=look.solid)]
 
 
 def stop(look):
-    return [rect(6.75, 6.75, 10.5, 10.5, 1, fill=look.solid)]
+    return [rect(6.9, 6.9, 10.2, 10.2, 0.6, fill=look.solid)]
 
 
 def forward(look):
-    return [path(polygon((6.5, 6.5), (14, 12), (6.5, 17.5)), fill=look.solid), path("M17.75 6.25V17.75")]
+    return [path(polygon((6.3, 6.3), (13.5, 12), (6.3, 17.7)), fill=look.solid), path("M17.7 6.3V17.7")]
 
 
 def backward(look):
-    return [path(polygon((17.5, 6.5), (10, 12), (17.5, 17.5)), fill=look.solid), path("M6.25 6.25V17.75")]
+    return [path(polygon((17.7, 6.3), (10.5, 12), (17.7, 17.7)), fill=look.solid), path("M6.3 6.3V17.7")]
 
 
 def loop(look):
     shapes = [
-        path("M5 11.25V10.5C5 8.57 6.57 7 8.5 7H18.25"), path("M15.75 4.25L18.5 7L15.75 9.75"),
-        path("M19 12.75V13.5C19 15.43 17.43 17 15.5 17H5.75"), path("M8.25 14.25L5.5 17L8.25 19.75"),
+        path("M5.1 11.7V10.5C5.1 8.85 6.45 7.5 8.1 7.5H15.3"),
+        path(polygon((15.6, 5.1), (18.9, 7.5), (15.6, 9.9)), fill=look.solid),
+        path("M18.9 12.3V13.5C18.9 15.15 17.55 16.5 15.9 16.5H8.7"),
+        path(polygon((8.4, 14.1), (5.1, 16.5), (8.4, 18.9)), fill=look.solid),
     ]
     if look.chosen:
-        shapes.append(circle(12, 12, 2, fill=look.ink, stroke="none"))
+        shapes.append(circle(12, 12, 2.1, fill=look.ink, stroke="none"))
     return shapes
 
 
 def record(look):
-    return [circle(12, 12, 7.25), circle(12, 12, 3.75, fill=look.spot, stroke="none")]
+    return [circle(12, 12, 7.5), circle(12, 12, 3.9, fill=look.spot, stroke="none")]
 
 
 def recordOver(look):
-    return [circle(12, 12, 7.25, fill=look.soft), circle(12, 12, 4.75, fill=look.spot, stroke="none")]
+    return [circle(12, 12, 7.5, fill=look.soft), circle(12, 12, 5.1, fill=look.spot, stroke="none")]
 
 
 def recordRunning(look):
-    return [circle(12, 12, 7.25), rect(8.9, 8.9, 6.2, 6.2, 1.2, fill=look.spot, stroke="none")]
+    return [circle(12, 12, 7.5), rect(9, 9, 6, 6, 1.2, fill=look.spot, stroke="none")]
 
 
 def recordOff(look):
-    return [circle(12, 12, 7.25), circle(12, 12, 3.25)]
+    return [circle(12, 12, 7.5), circle(12, 12, 3)]
 
 
 def sliders(look):
     return [
-        path("M5 7H12.25M17.75 7H19M5 12H6.25M11.75 12H19M5 17H11.25M16.75 17H19"),
-        circle(15, 7, 2.25, fill=look.soft), circle(9, 12, 2.25, fill=look.soft),
-        circle(14, 17, 2.25, fill=look.soft),
+        path("M4.5 8.1H11.4M17.4 8.1H19.5M4.5 15.9H6.6M12.6 15.9H19.5"),
+        circle(14.4, 8.1, 2.7, fill=look.soft), circle(9.6, 15.9, 2.7, fill=look.soft),
     ]
 
 
 def gear(look):
-    teeth, outer, inner = 8, 8.1, 6.2
+    teeth, outer, inner = 8, 8.4, 6.3
     points = []
     for tooth in range(teeth):
-        for offset, radius in ((-0.30, inner), (-0.17, outer), (0.17, outer), (0.30, inner)):
+        for offset, radius in ((-0.29, inner), (-0.16, outer), (0.16, outer), (0.29, inner)):
             angle = 2 * math.pi * (tooth + offset) / teeth - math.pi / 2
             points.append((12 + radius * math.cos(angle), 12 + radius * math.sin(angle)))
-    return [path(polygon(*points), fill=look.soft), circle(12, 12, 2.5)]
+    return [path(polygon(*points), fill=look.soft), circle(12, 12, 2.7)]
 
 
 def cameraFront(look):
     return [
-        path("M6 8H8.4L9.4 6.2C9.6 5.8 10 5.5 10.5 5.5H13.5C14 5.5 14.4 5.8 14.6 6.2L15.6 8H18C19.1 8 20 8.9 20 10"
-             "V16.5C20 17.6 19.1 18.5 18 18.5H6C4.9 18.5 4 17.6 4 16.5V10C4 8.9 4.9 8 6 8Z", fill=look.soft),
-        circle(12, 13, 3),
+        path("M6.6 8.1H8.1L9.3 6.3C9.55 5.9 9.95 5.7 10.4 5.7H13.6C14.05 5.7 14.45 5.9 14.7 6.3L15.9 8.1H17.4"
+             "C18.55 8.1 19.5 9.05 19.5 10.2V16.2C19.5 17.35 18.55 18.3 17.4 18.3H6.6C5.45 18.3 4.5 17.35 4.5 16.2"
+             "V10.2C4.5 9.05 5.45 8.1 6.6 8.1Z", fill=look.soft),
+        circle(12, 13.1, 2.9),
     ]
 
 
 def cameraSide(look):
+    """Shown at 24 pixels, so it keeps to whole units."""
     return [
-        rect(3, 6.5, 12, 9.5, 2, fill=look.soft),
-        path("M15 9.5L20.5 7.25V15.25L15 13Z", fill=look.soft),
-        path("M9 16V19.5M5.75 19.5H12.25"),
-        pixel(6.6, 13, 2.2, look), pixel(9.2, 11.2, 2.2, look), pixel(11.8, 9.4, 2.2, look),
+        rect(3, 6, 12, 10, 2, fill=look.soft), path("M15 10L20 8V14L15 12Z", fill=look.ink),
+        path("M9 16V20M6 20H12"),
+        block(5, 11.5, 2.5, look.ink), block(8, 9, 2.5, look.ink), block(5.5, 9, 1.5, look.ink),
     ]
 
 
 def chip(look):
     return [
-        path("M9.5 3.5V6M14.5 3.5V6M9.5 18V20.5M14.5 18V20.5M3.5 9.5H6M3.5 14.5H6M18 9.5H20.5M18 14.5H20.5"),
-        rect(6, 6, 12, 12, 2, fill=look.soft),
+        path("M9.3 3.3V5.7M14.7 3.3V5.7M9.3 18.3V20.7M14.7 18.3V20.7"
+             "M3.3 9.3H5.7M3.3 14.7H5.7M18.3 9.3H20.7M18.3 14.7H20.7"),
+        rect(5.7, 5.7, 12.6, 12.6, 2.1, fill=look.soft),
     ]
 
 
-def chipEvents(look):
-    return chip(look) + [
-        pixel(14.8, 9.2, 2.6, look), pixel(12, 12, 2.6, look), pixel(9.2, 14.8, 2.6, look),
-        pixel(11.6, 8.9, 1.5, look), pixel(8.9, 11.6, 1.5, look),
-    ]
-
-
-def chipPicture(look):
-    return chip(look) + [
-        path("M7.6 15.6L10.6 12.2L12.4 14L13.8 12.6L16.4 15.6"), circle(14.3, 9.5, 1.15, fill=look.ink, stroke="none"),
-    ]
-
-
-def edge(look, rows, first, pitch, sizes):
-    """A diagonal edge of `rows` large events, with the smaller and smaller ones that it left behind."""
-    return [pixel(first + (rows - 1 - behind - row) * pitch, first + row * pitch, size, look)
+def edge(look, x, y, pitch, rows, sizes):
+    """Events on a rising diagonal of `rows` from (x, y), the centre of the lowest one; each further size is what the
+    moving edge left behind, one event shorter."""
+    return [block(x + row * pitch - size / 2, y - (behind + row) * pitch - size / 2, size, look.ink)
             for behind, size in enumerate(sizes) for row in range(rows - behind)]
 
 
+def chipEvents(look):
+    return chip(look) + edge(look, 9, 15, 3, 3, (2.4, 1.2))
+
+
+def landscape(look, left, right, top, bottom):
+    """Two hills on a common ground; unfilled, only their ridge from side to side."""
+    width, height = right - left, bottom - top
+    ridge = [(left, bottom), (left + 0.36 * width, top), (left + 0.62 * width, top + 0.6 * height),
+             (left + 0.74 * width, top + 0.36 * height), (right, bottom)]
+    if look.hollow:
+        return path(polygon(*ridge)[:-1])
+    return path(polygon(*ridge), fill=look.ink, stroke="none")
+
+
+def chipPicture(look):
+    return chip(look) + [landscape(look, 7.8, 16.2, 10.8, 16.2),
+                         circle(14.4, 9.3, 1.2, fill=look.ink, stroke="none")]
+
+
 def events(look):
-    return edge(look, 4, 6.6, 4, (3.5, 2.5, 1.6))
+    return edge(look, 6, 18, 4.2, 4, (3.6, 2.4, 1.2))
 
 
 def picture(look):
     return [
-        rect(4, 5.25, 16, 13.5, 2, fill=look.soft),
-        path("M4.6 16.8L9.25 12L12.5 15.25L15 12.75L19.4 17"),
-        circle(15, 9, 1.35, fill=look.ink, stroke="none"),
+        rect(4.5, 5.7, 15, 12.6, 2.1, fill=look.soft), landscape(look, 6.6, 17.4, 10.2, 16.2),
+        circle(15, 9.3, 1.5, fill=look.ink, stroke="none"),
     ]
 
 
 def fusion(look):
+    """The picture, its corner broken up into events."""
+    squares = ((14.1, 5.7, 3), (18.9, 5.1, 3), (19.5, 10.5, 3), (15.3, 9.3, 1.8))
     return [
-        path("M13.5 7.5H18.5C19.6 7.5 20.5 8.4 20.5 9.5V18C20.5 19.1 19.6 20 18.5 20H9.5C8.4 20 7.5 19.1 7.5 18V13.5"),
-        path("M8 18.6L12 14.5L14.75 17.25L16.5 15.5L20 19"),
-        circle(17, 11, 1.2, fill=look.ink, stroke="none"),
-    ] + edge(look, 3, 4.4, 3.5, (3, 2.1, 1.4))
+        path("M9.9 5.7H6.6C5.45 5.7 4.5 6.65 4.5 7.8V16.2C4.5 17.35 5.45 18.3 6.6 18.3H17.4C18.55 18.3 19.5 17.35 "
+             "19.5 16.2V14.7"),
+        landscape(look, 6.6, 17.4, 10.2, 16.2),
+    ] + [block(x - size / 2, y - size / 2, size, look.ink) for x, y, size in squares]
 
 
 def cross(look, reach):
@@ -255,85 +269,131 @@ def cross(look, reach):
 
 
 def closeWindow(look):
-    return cross(look, 5.5)
+    return cross(look, 5.2)
 
 
 def closeToast(look):
-    return cross(look, 4)
+    return cross(look, 7)
 
 
 def minimise(look):
-    return [path("M6.5 15.5H17.5")]
+    return [path("M6.4 16H17.6")]
 
 
 def maximise(look):
-    return [rect(6.5, 6.5, 11, 11, 2)]
+    return [rect(6.4, 6.4, 11.2, 11.2, 1.6)]
 
 
 def minus(look):
-    return [path("M6 12H18")]
+    return [path("M5.6 12H18.4")]
 
 
 def plus(look):
-    return [path("M6 12H18M12 6V18")]
+    return [path("M5.6 12H18.4M12 5.6V18.4")]
 
 
 def chevronUp(look):
-    return [path("M7 14.5L12 9.5L17 14.5")]
+    return [path("M7.2 14.4L12 9.6L16.8 14.4")]
 
 
 def chevronDown(look):
-    return [path("M7 9.5L12 14.5L17 9.5")]
+    return [path("M7.2 9.6L12 14.4L16.8 9.6")]
+
+
+def comboArrow(look):
+    """Shown at half its size or less: a solid triangle, since a stroke would be less than a pixel there."""
+    return [path(polygon((5.1, 8.7), (18.9, 8.7), (12, 16.5)), fill=look.ink)]
 
 
 def search(look):
-    return [circle(10.5, 10.5, 6), path("M15 15L20 20")]
+    return [circle(10.8, 10.8, 5.7, fill=look.soft), path("M15 15L19.5 19.5")]
 
+
+def folder(look):
+    return [path("M4.5 16.2V7.8C4.5 6.65 5.45 5.7 6.6 5.7H9.3C9.85 5.7 10.4 5.95 10.8 6.35L12.3 8.1H17.4"
+                 "C18.55 8.1 19.5 9.05 19.5 10.2V16.2C19.5 17.35 18.55 18.3 17.4 18.3H6.6C5.45 18.3 4.5 17.35 4.5 "
+                 "16.2Z", fill=look.soft), path("M4.5 11.7H19.5")]
+
+
+# The toasts' icons are shown at 15 pixels: their marks are thin outlines filled, so that they come out at half as
+# much again as a stroke.
 
 def tick(look):
-    return [circle(12, 12, 9.5, fill=look.mark, stroke="none"), path("M7.5 12.4L10.75 15.6L16.5 9")]
+    return [circle(12, 12, 11.2, fill=look.mark, stroke="none"),
+            path("M6.8 12.2L10.5 15.9L17.2 8.6L16.6 8L10.5 14.7L7.4 11.6Z", fill=look.ink)]
 
 
 def warning(look):
-    return [path("M12 4L21 19.5H3Z", fill=look.mark, stroke=look.mark, stroke_width=2.5),
-            path("M12 9.25V13.5"), circle(12, 17, 1.25, fill=look.ink, stroke="none")]
+    return [path(polygon((12, 2.9), (22.2, 20.7), (1.8, 20.7)), fill=look.mark, stroke=look.mark),
+            path("M11.6 9.2H12.4L12.2 13.6H11.8Z", fill=look.ink), circle(12, 17.4, 1.5, fill=look.ink, stroke="none")]
 
 
 def error(look):
-    return [circle(12, 12, 9.5, fill=look.mark, stroke="none")] + cross(look, 3.6)
+    corner, side = 4.4, 10.4
+    octagon = [(12 + x, 12 + y) for x, y in ((-corner, -side), (corner, -side), (side, -corner), (side, corner),
+                                             (corner, side), (-corner, side), (-side, corner), (-side, -corner))]
+    arm, half = 4, 0.4
+    saltire = [(12 + x, 12 + y) for x, y in (
+        (-arm - half, -arm + half), (-2 * half, 0), (-arm - half, arm - half), (-arm + half, arm + half),
+        (0, 2 * half), (arm - half, arm + half), (arm + half, arm - half), (2 * half, 0),
+        (arm + half, -arm + half), (arm - half, -arm - half), (0, -2 * half), (-arm + half, -arm - half))]
+    return [path(polygon(*octagon), fill=look.mark, stroke=look.mark), path(polygon(*saltire), fill=look.ink)]
 
 
 def switch(on):
-    knob = 26 if on else 10
-    shapes = [rect(0.75, 0.75, 34.5, 18.5, 9.25, fill=ACCENT if on else "#DFDFDF",
-                   stroke=ACCENT if on else "#9A9A9A", stroke_width=1.5),
-              circle(knob, 10, 6.25, fill=WHITE, stroke="none" if on else "#9A9A9A", stroke_width=1.5)]
-    shapes.append(path("M9 10L11.5 12.5L16 7.5", stroke=WHITE) if on else path("M22.5 10H27.5", stroke="#7A7A7A"))
+    """36 x 20 pixels as shown: a rim of one pixel, a knob with a pixel's margin, a mark in the free half."""
+    if on:
+        shapes = [rect(0, 0, 36, 20, 10, fill=ACCENT, stroke="none"),
+                  circle(26, 10, 7, fill=WHITE, stroke="none"), path("M8.5 10.2L11 12.7L15.5 7.6", stroke=WHITE)]
+    else:
+        shapes = [rect(0, 0, 36, 20, 10, fill=SOFT_GREY, stroke="none"),
+                  rect(1, 1, 34, 18, 9, fill=PALE, stroke="none"),
+                  circle(10, 10, 7, fill=SOFT_GREY, stroke="none"), circle(10, 10, 6, fill=WHITE, stroke="none"),
+                  path("M23 10H28", stroke=SOFT_GREY)]
     return drawing(Look(), shapes, 36, 20)
 
 
 def thumb():
     return drawing(Look(), [circle(4.5, 4.5, 4.5, fill=ACCENT, stroke="none"),
-                            circle(4.5, 4.5, 1.4, fill=WHITE, stroke="none")], 9, 9)
+                            circle(4.5, 4.5, 1.5, fill=WHITE, stroke="none")], 9, 9)
 
 
-def mark(ink, near, far, eye, scale=1.0, x=0.0, y=0.0):
-    """The mark on a 64 x 64 grid: an angular K whose upper arm is a raven's head and whose back dissolves into
-    events."""
-    def shape(*points):
-        return path(polygon(*((x + px * scale, y + py * scale) for px, py in points)), fill=ink)
+def mark(ink, far, pupil, scale=1.0, x=0.0, y=0.0):
+    """The mark on a 64 x 64 grid: a lens that sees movement. Its ring is whole on one side and breaks up into
+    events on the other; the pupil is an event itself."""
+    def at(radius, degrees):
+        angle = math.radians(degrees)
+        return x + (32 + radius * math.cos(angle)) * scale, y + (32 + radius * math.sin(angle)) * scale
 
-    def square(px, py, size, fill):
-        return rect(x + px * scale, y + py * scale, size * scale, size * scale, size * scale * 0.1, fill=fill)
+    def arc(radius, start, end):
+        """Bezier curves, at most 45 degrees each, as a path's continuation from the arc's start."""
+        steps = max(1, math.ceil(abs(end - start) / 45))
+        step = (end - start) / steps
+        reach = 4 / 3 * math.tan(math.radians(step) / 4) * radius
+        curves = ""
+        for index in range(steps):
+            a, b = start + index * step, start + (index + 1) * step
+            (ax, ay), (bx, by) = at(radius, a), at(radius, b)
+            ra, rb = math.radians(a), math.radians(b)
+            points = (ax - math.sin(ra) * reach * scale, ay + math.cos(ra) * reach * scale,
+                      bx + math.sin(rb) * reach * scale, by - math.cos(rb) * reach * scale, bx, by)
+            curves += "C" + " ".join(number(point) for point in points)
+        return curves
 
+    def square(radius, degrees, size, fill):
+        cx, cy = at(radius, degrees)
+        return rect(cx - size * scale / 2, cy - size * scale / 2, size * scale, size * scale, size * scale * 0.2,
+                    fill=fill)
+
+    outer, inner, start, end = 30, 20, -112, 112
+    ring = (f"M{number(at(outer, start)[0])} {number(at(outer, start)[1])}" + arc(outer, start, end)
+            + f"L{number(at(inner, end)[0])} {number(at(inner, end)[1])}" + arc(inner, end, start) + "Z")
+    middle = (outer + inner) / 2
     return [
-        shape((19, 5), (29, 5), (29, 59), (19, 59)),
-        shape((32, 31), (44, 5), (55, 5), (63, 16), (51.5, 16), (40, 35.5)),
-        shape((32, 37), (38.5, 38), (61, 59), (47, 59), (32, 45)),
-        square(48, 8.5, 4, eye),
-        square(9.5, 5, 7, near), square(9.5, 21, 7, near), square(9.5, 37, 7, near),
-        square(9.5, 52, 7, near),
-        square(2, 14, 5, far), square(2, 30, 5, far), square(2, 46, 5, far),
+        path(ring, fill=ink),
+        square(middle, 137, 9, ink), square(middle, -137, 9, ink),
+        square(middle, 164, 7.5, far), square(middle, -164, 7.5, far),
+        square(0, 0, 15, pupil),
     ]
 
 
@@ -343,12 +403,22 @@ def document(width, height, shapes):
             f'height="{number(height)}" viewBox="0 0 {number(width)} {number(height)}">\n{body}\n</svg>\n')
 
 
-CLOSE_HOVER = Look(ink=DEEP_RED, tile=RED_TILE)
-CLOSE_PRESSED = Look(ink=WHITE, tile=DEEP_RED)
+def on15(look):
+    """For the buttons of 15 pixels, where the tile fills the button."""
+    return replace(look, inset=0)
+
+
+def on30(look):
+    """For the buttons of 30 pixels."""
+    return replace(look, inset=0.8)
+
+
+CLOSE_HOVER = on30(Look(ink=RED, tile=RED_TILE))
+CLOSE_PRESSED = on30(Look(ink=WHITE, tile=RED))
 TITLE = Look(ink=SOFT_GREY)
 ON_ACCENT = Look(ink=WHITE)
-ON_ACCENT_HOVER = Look(ink=WHITE, tile=WHITE, tile_opacity=0.25)
-ON_ACCENT_PRESSED = Look(ink=ACCENT, tile=WHITE)
+ON_ACCENT_HOVER = on30(Look(ink=WHITE, tile=ACCENT_PRESSED))
+ON_ACCENT_PRESSED = on30(Look(ink=ACCENT, tile=WHITE))
 
 
 def icons():
@@ -384,28 +454,30 @@ def icons():
     family("btn_sidebar_setting", gear, hover=HOVER)
     add("btn_camera.svg", cameraSide, Look(ink=ACCENT, soft=TILE))
     add("btn_camera_Selected.svg", cameraSide, Look(ink=WHITE))  # on a row filled with the accent
-    add("btn_search.svg", search, NORMAL)
+    family("btn_search", search, Hover=on30(HOVER))
+    family("btn_select_dir", folder, Hover=on30(HOVER), Pressed=on30(PRESSED))
 
-    family("btn_Nav_MinimizeWindow", minimise, normal=TITLE, Hover=HOVER, Pressed=PRESSED)
-    family("btn_Nav_MaximizeWindow", maximise, normal=TITLE, Hover=HOVER, Pressed=PRESSED)
+    family("btn_Nav_MinimizeWindow", minimise, normal=TITLE, Hover=on30(HOVER), Pressed=on30(PRESSED))
+    family("btn_Nav_MaximizeWindow", maximise, normal=TITLE, Hover=on30(HOVER), Pressed=on30(PRESSED))
     family("btn_Nav_CloseWindow", closeWindow, normal=TITLE, Hover=CLOSE_HOVER, Pressed=CLOSE_PRESSED)
     family("btn_Nav_CloseWindow_White", closeWindow, normal=ON_ACCENT, Hover=ON_ACCENT_HOVER,
            Pressed=ON_ACCENT_PRESSED)
 
-    family("btn_setting_minus", minus, normal=TITLE, pressed=SELECTED)
-    family("btn_setting_plus", plus, normal=TITLE, pressed=SELECTED)
+    family("btn_setting_minus", minus, normal=TITLE, pressed=on15(SELECTED))
+    family("btn_setting_plus", plus, normal=TITLE, pressed=on15(SELECTED))
     files["btn_setting_thumbs.svg"] = thumb()
     files["btn_switch_enable.svg"] = switch(True)
     files["btn_switch_disable.svg"] = switch(False)
     add("bnt_arrow_up_Pressed.svg", chevronUp, Look(ink=ACCENT))
     add("bnt_arrow_down.svg", chevronDown, NORMAL)
+    family("btn_combobox_arrow", comboArrow, Hover=Look(ink=ACCENT), Disable=DISABLE)
 
-    # Shown at 15 pixels: a heavier stroke, and dark where white would not stand out from the colour.
-    add("icon_toasts_success.svg", tick, Look(ink=DARK_GREEN, mark=GREEN, weight=2.5))
-    add("icon_toasts_warning.svg", warning, Look(ink=DARK_AMBER, mark=AMBER, weight=2.5))
-    add("icon_toasts_error.svg", error, Look(ink=WHITE, mark=RED, weight=2.5))
+    # Dark where white would not stand out from the colour.
+    add("icon_toasts_success.svg", tick, Look(ink=ACCENT_DARK, mark=GREEN))
+    add("icon_toasts_warning.svg", warning, Look(ink=ACCENT_DARK, mark=AMBER))
+    add("icon_toasts_error.svg", error, Look(ink=WHITE, mark=RED))
     add("icon_toasts_close.svg", closeToast, TITLE)
-    files["img_logo_Korvane.svg"] = document(64, 64, mark(ACCENT, ACCENT, "#6A9CB0", AMBER))
+    files["img_logo_Korvane.svg"] = document(64, 64, mark(ACCENT, ACCENT_PRESSED, AMBER))
     return files
 
 
@@ -433,9 +505,9 @@ def wordmark(middle, top, gap):
 def logos():
     """Stem of the PNG under assets to (document, width, height)."""
     window = document(256, 256, [rect(8, 8, 240, 240, 54, fill=ACCENT)]
-                      + mark(WHITE, WHITE, "#8FB9CA", AMBER, 3.1, 128 - 32.5 * 3.1, 128 - 32 * 3.1))
-    splash = document(136, 150, mark(ACCENT, ACCENT, "#6A9CB0", AMBER, 1.62, 68 - 32.5 * 1.62, 58 - 32 * 1.62)
-                      + wordmark(68, 124, 5))
+                      + mark(WHITE, TILE, AMBER, 2.75, 128 - 32 * 2.75, 128 - 32 * 2.75))
+    splash = document(136, 150, mark(ACCENT, ACCENT_PRESSED, AMBER, 1.7, 68 - 32 * 1.7, 56 - 32 * 1.7)
+                      + wordmark(68, 126, 5))
     return {"Korvane logo_navigate": (window, 256, 256), "Korvane logo_ system-version": (splash, 136, 150)}
 
 
@@ -452,6 +524,8 @@ def main():
         for suffix, factor in (("", 1), ("@2x", 2)):
             subprocess.run(["rsvg-convert", "-w", str(width * factor), "-h", str(height * factor), "-o",
                             str(ASSETS / f"{stem}{suffix}.png"), str(source)], check=True)
+    PACKAGING.mkdir(exist_ok=True)
+    shutil.copyfile(SOURCE / "Korvane logo_navigate.svg", PACKAGING / "korvaneinsight.svg")
 
 
 if __name__ == "__main__":
