@@ -5,6 +5,7 @@
 #include "app/productinfo.h"
 #include "camera/driver/backend.h"
 #include "camera/recording/recordingbackend.h"
+#include "camera/simulation/replaybackend.h"
 #include "camera/simulation/simulatedbackend.h"
 #include "mainwindow/mainwidget.h"
 
@@ -16,13 +17,25 @@
 
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
+#include <utility>
 
 namespace {
 
 void registerBackends()
 {
     korvane::registerBackend(std::make_shared<korvane::recording::RecordingBackend>());
-    korvane::registerBackend(std::make_shared<korvane::simulation::SimulatedBackend>());
+    const auto simulated = std::make_shared<korvane::simulation::SimulatedBackend>();
+    // Ahead of the simulated cameras: who names recordings wants to see them first.
+    if (const QString replay = qEnvironmentVariable("KORVANE_REPLAY"); !replay.isEmpty()) {
+        std::set<std::string> taken;
+        for (const auto& camera : simulated->cameraDescriptions())
+            taken.insert(camera.serial);
+        korvane::registerBackend(
+            std::make_shared<korvane::simulation::ReplayBackend>(replay, std::move(taken)));
+    }
+    korvane::registerBackend(simulated);
 }
 
 struct Arguments

@@ -5,6 +5,14 @@ korvane_add_test(simulation_test
         simulation_stream_test.cpp
         simulation_testscenes.h
     LINKS korvane_simulation)
+# Recordings as cameras, step by step and in the list.
+korvane_add_test(simulation_replay_test
+    SOURCES simulation_replaybackend_test.cpp simulation_replaystream_test.cpp
+    LINKS korvane_simulation korvane_streamsupport)
+# What all cameras without hardware do alike.
+korvane_add_test(simulation_conformance_test THREADS
+    SOURCES simulation_conformance_test.cpp
+    LINKS korvane_simulation korvane_recording)
 korvane_add_test(simulation_camera_test THREADS
     SOURCES simulation_camera_test.cpp simulation_testscenes.h
     LINKS korvane_simulation)

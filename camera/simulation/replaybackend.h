@@ -1,0 +1,71 @@
+#pragma once
+
+#include "camera/driver/backend.h"
+#include "camera/simulation/camerasocket.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+
+namespace korvane::simulation {
+
+/// Offers recordings as cameras that see them over and over: who has no camera can try everything on real
+/// data. A recording keeps its serial as long as the backend lives. Any thread.
+class ReplayBackend : public Backend
+{
+public:
+    /// `path` names a recording, or a folder, of which all .raw files are offered. The folder is looked at
+    /// anew whenever the cameras are asked for. `taken` are serials of other cameras, given to none.
+    explicit ReplayBackend(const QString& path, std::set<std::string> taken = {});
+
+    std::string name() const override { return "replay"; }
+    std::vector<CameraDescription> cameraDescriptions() override;
+    std::shared_ptr<DvsCamera> openCamera(const std::string& serial) override;
+
+    /// Unplugs and plugs in again, see CameraSocket.
+    void pull(const std::string& serial);
+    void plug(const std::string& serial);
+
+private:
+    /// Tells a file from what it was before.
+    struct Stamp
+    {
+        std::int64_t size = 0; ///< bytes
+        std::int64_t modified = 0; ///< milliseconds since 1970
+
+        friend bool operator==(const Stamp&, const Stamp&) = default;
+    };
+    struct Judgement
+    {
+        Stamp stamp;
+        bool usable = false;
+    };
+    struct Slot
+    {
+        QString path;
+        std::string serial;
+        bool offered = false;
+        CameraSocket socket;
+    };
+
+    void look();
+    bool isUsable(const QString& path, const Stamp& stamp);
+    Slot& slotFor(const QString& path);
+    Slot* slotOf(const std::string& serial);
+    std::string newSerial(const QString& path);
+
+    const QString root;
+    std::mutex mutex;
+    std::deque<Slot> sockets; // guarded by mutex, but for their sockets; none is ever removed
+    std::set<std::string> serials; // guarded by mutex
+    std::map<QString, Judgement> judgements; // guarded by mutex, by path
+    bool lackTold = false; // guarded by mutex
+};
+
+} // namespace korvane::simulation
