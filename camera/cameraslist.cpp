@@ -1,6 +1,7 @@
 #include "camera/cameraslist.h"
 
 #include "camera/driver/cameradescription.h"
+#include "widgets/cardcorners.h"
 
 #include "ui_camerslist.h"
 
@@ -19,6 +20,7 @@ CamerasList::CamerasList(const std::vector<korvane::CameraDescription>& descs, Q
     auto* agent = new QWK::WidgetWindowAgent(this);
     agent->setup(this);
     agent->setTitleBar(ui->widget_title_name);
+    new CardCorners(this);
 
     connect(ui->pb_open, &QPushButton::clicked, this, &CamerasList::accept);
     connect(ui->pb_close, &QPushButton::clicked, this, &CamerasList::reject);

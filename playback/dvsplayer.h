@@ -34,6 +34,15 @@ public:
     /// open. Nothing plays meanwhile.
     void setRecording(std::shared_ptr<korvane::DvsFileReader> reader);
     bool hasRecording() const { return position.fileReader != nullptr; }
+    std::shared_ptr<korvane::DvsFileReader> fileReader() const { return position.fileReader; }
+    /// Serialises the recording between its users. Any thread.
+    std::mutex& readerMutex() { return position.readerMutex; }
+    /// Lends the recording to a job on another thread, which may hold readerMutex() for long: until it is
+    /// given back nothing is played, stepped or sought. Nothing plays at either call.
+    void setLent(bool on) { lent = on; }
+    /// The range that playback is confined to, microseconds. Any thread.
+    std::uint64_t rangeStart() const override;
+    std::uint64_t rangeEnd() const override;
     /// First and last time of the recording, microseconds.
     std::uint64_t startTime() const { return fileStartTs; }
     std::uint64_t endTime() const { return fileEndTs; }
@@ -65,15 +74,13 @@ signals:
     void pauseRequested();
 
 private:
-    std::uint64_t rangeStart() const override;
-    std::uint64_t rangeEnd() const override;
     bool isLooping() const override { return looping; }
     void addEvents(const korvane::Event2D* begin, const korvane::Event2D* end) override;
     void postPicture() override;
     void postPosition(std::uint64_t time, std::uint64_t seek) override;
     void postEnd(std::uint64_t session) override;
 
-    bool active() const { return state.playMode == ModeDvsRecording && position.fileReader; }
+    bool active() const { return state.playMode == ModeDvsRecording && position.fileReader && !lent; }
     void stopPlaying();
     void seek(std::uint64_t time);
     void showText(std::uint64_t time);
@@ -89,6 +96,7 @@ private:
     std::uint64_t fileEndTs = 0; ///< microseconds
     TimelineScale scale; ///< set while nothing plays
     std::atomic<bool> looping{false};
+    bool lent = false;
     FrameMailbox mailbox;
     SteadyPlaybackClock clock;
     DvsPlayLoop loop; ///< last: its thread ends before anything it uses

@@ -2,6 +2,8 @@
 
 #include "ui_kvmessagebox.h"
 
+#include "widgets/cardcorners.h"
+
 #include <QWKWidgets/widgetwindowagent.h>
 
 #include <algorithm>
@@ -22,6 +24,7 @@ KVMessageBox::KVMessageBox(QString message, QString title, QString open_text, QS
     auto* agent = new QWK::WidgetWindowAgent(this);
     agent->setup(this);
     agent->setTitleBar(ui->widget_title_name);
+    new CardCorners(this);
 }
 
 KVMessageBox::~KVMessageBox() = default;

@@ -36,6 +36,76 @@
     </message>
 </context>
 <context>
+    <name>KvCutRawFile</name>
+    <message>
+        <source>Cut Recording</source>
+        <translation>裁剪录像</translation>
+    </message>
+    <message>
+        <source>Start Time</source>
+        <translation>开始时间</translation>
+    </message>
+    <message>
+        <source>End Time</source>
+        <translation>结束时间</translation>
+    </message>
+    <message>
+        <source>Save File Path</source>
+        <translation>保存位置</translation>
+    </message>
+    <message>
+        <source>Select Directory</source>
+        <translation>选择文件夹</translation>
+    </message>
+    <message>
+        <source>File Name</source>
+        <translation>文件名</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation>裁剪</translation>
+    </message>
+</context>
+<context>
+    <name>KvExportVideoUI</name>
+    <message>
+        <source>Export a video</source>
+        <translation>导出视频</translation>
+    </message>
+    <message>
+        <source>Start Time</source>
+        <translation>开始时间</translation>
+    </message>
+    <message>
+        <source>End Time</source>
+        <translation>结束时间</translation>
+    </message>
+    <message>
+        <source>Save File Path</source>
+        <translation>保存位置</translation>
+    </message>
+    <message>
+        <source>Select Directory</source>
+        <translation>选择文件夹</translation>
+    </message>
+    <message>
+        <source>File Name</source>
+        <translation>文件名</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>Export</source>
+        <translation>导出</translation>
+    </message>
+</context>
+<context>
     <name>KvFilePathReminderForm</name>
     <message>
         <source>Success</source>
@@ -52,6 +122,41 @@
     <message>
         <source>Error</source>
         <translation>错误</translation>
+    </message>
+</context>
+<context>
+    <name>KvGeneralSetting</name>
+    <message>
+        <source>General Settings</source>
+        <translation>通用设置</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>文件</translation>
+    </message>
+    <message>
+        <source>File Settings</source>
+        <translation>文件设置</translation>
+    </message>
+    <message>
+        <source>Default Out Raw File Path</source>
+        <translation>录像默认保存位置</translation>
+    </message>
+    <message>
+        <source>Select Directory</source>
+        <translation>选择文件夹</translation>
+    </message>
+    <message>
+        <source>Default Video File Path</source>
+        <translation>视频默认保存位置</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>保存</translation>
     </message>
 </context>
 <context>
@@ -109,6 +214,21 @@
     <message>
         <source>Later</source>
         <translation>稍后</translation>
+    </message>
+</context>
+<context>
+    <name>RangeSaver</name>
+    <message>
+        <source>Please open a raw file first.</source>
+        <translation>请先打开一个 RAW 文件。</translation>
+    </message>
+    <message>
+        <source>Export video success!</source>
+        <translation>视频导出成功！</translation>
+    </message>
+    <message>
+        <source>Export raw file success!</source>
+        <translation>RAW 文件导出成功！</translation>
     </message>
 </context>
 <context>

@@ -18,3 +18,10 @@ korvane_add_test(fusionengine_test GUI
     LINKS korvane_playback)
 
 korvane_add_test(fusionplayer_test GUI SOURCES fusionplayer_test.cpp LINKS korvane_playback)
+
+korvane_add_test(rangedialogs_test GUI
+    SOURCES rangedialogs_test.cpp dialogcard.h
+    LINKS korvane_playback korvane_shell korvane_resources)
+korvane_add_test(rangesaver_test GUI
+    SOURCES rangesaver_test.cpp dialogcard.h ../support/scriptedreader.cpp
+    LINKS korvane_playback korvane_shell korvane_resources)

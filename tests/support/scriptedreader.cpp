@@ -63,14 +63,16 @@ ScriptedReader::Triggers ScriptedReader::getTriggersAt(std::uint64_t, std::uint6
     return nullptr;
 }
 
-bool ScriptedReader::cutFile(std::uint64_t, std::uint64_t, std::string)
+bool ScriptedReader::cutFile(std::uint64_t start, std::uint64_t end, std::string path)
 {
-    return false;
+    log.add("cut " + to_string(start) + ' ' + to_string(end) + ' ' + path);
+    return onSave && onSave();
 }
 
-bool ScriptedReader::exportVideo(std::uint64_t, std::uint64_t, std::string)
+bool ScriptedReader::exportVideo(std::uint64_t start, std::uint64_t end, std::string path)
 {
-    return false;
+    log.add("export " + to_string(start) + ' ' + to_string(end) + ' ' + path);
+    return onSave && onSave();
 }
 
 ScriptedReader::Events ScriptedReader::window(std::uint64_t start, std::uint64_t duration) const

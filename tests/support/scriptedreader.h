@@ -12,7 +12,8 @@
 
 /// A recording made up on the fly: one ON event each millisecond from its first time on, and one at its last
 /// time; the event at t lies in column (t / 1000) mod 1280 of row 7. Notes what it is asked:
-/// "load", "at <start> <duration>", "next <duration>", "seek <time>", "seek <time> refused".
+/// "load", "at <start> <duration>", "next <duration>", "seek <time>", "seek <time> refused",
+/// "cut <start> <end> <path>", "export <start> <end> <path>".
 class ScriptedReader : public korvane::DvsFileReader
 {
 public:
@@ -38,6 +39,8 @@ public:
     std::function<std::optional<Events>(std::uint64_t start, std::uint64_t duration)> onRead;
     /// Called by loadFile, which answers what it does. Set before use.
     std::function<bool()> onLoad;
+    /// Called by cutFile and exportVideo, which answer what it does, else false. Set before use.
+    std::function<bool()> onSave;
     /// Whether the recording is loaded: as after a successful loadFile().
     std::atomic<bool> loaded{true};
 
