@@ -393,7 +393,7 @@ def mark(ink, far, pupil, scale=1.0, x=0.0, y=0.0):
         path(ring, fill=ink),
         square(middle, 137, 9, ink), square(middle, -137, 9, ink),
         square(middle, 164, 7.5, far), square(middle, -164, 7.5, far),
-        square(0, 0, 15, pupil),
+        square(0, 0, 17, pupil),
     ]
 
 

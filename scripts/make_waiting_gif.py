@@ -4,8 +4,9 @@
 Twelve event pixels stand in a ring; a bright head runs round once a second and leaves a tail that shrinks and
 fades. The picture is twice the size of its label, for dense screens.
 
-GIF knows only whole transparency, so every frame is drawn large, laid over the window's grey, scaled down and cut
-where less than half of a pixel is covered: edges stay smooth on white and on the grey, without a halo.
+GIF knows only whole transparency, so every pixel has a white rim that its edge runs out into, and the frame, drawn
+large and scaled down, is cut in the rim's edge. On the white of an empty view the rim is not seen; on a picture's grey
+it keeps the middle of the tail, as dark as the grey itself, apart from it.
 
 Usage: scripts/make_waiting_gif.py     (needs the package python3-pil)
 """
@@ -24,7 +25,8 @@ FRAME_MS = 40
 PIXELS = 12
 RING = 104
 SMALL, LARGE = 22, 46
-BEHIND = (242, 242, 242)
+RIM = 5
+BEHIND = (255, 255, 255)
 HEAD = (0, 75, 106)
 TAIL = (190, 208, 216)
 TRANSPARENT = 0
@@ -64,19 +66,24 @@ def frame(turn):
         angle = 2 * math.pi * index / PIXELS - math.pi / 2
         side = SMALL + (LARGE - SMALL) * part
         x, y = SIZE / 2 + RING * math.cos(angle), SIZE / 2 + RING * math.sin(angle)
-        points = [((x + px) * OVERSAMPLED, (y + py) * OVERSAMPLED) for px, py in shape(side, side * 0.26, angle)]
-        paint.polygon(points, fill=blend(TAIL, HEAD, part))
-        mask.polygon(points, fill=255)
+
+        def placed(points):
+            return [((x + px) * OVERSAMPLED, (y + py) * OVERSAMPLED) for px, py in points]
+
+        corner = side * 0.26
+        paint.polygon(placed(shape(side, corner, angle)), fill=blend(TAIL, HEAD, part))
+        mask.polygon(placed(shape(side + 2 * RIM, corner + RIM, angle)), fill=255)
     reduced = (SIZE, SIZE)
     return picture.resize(reduced, Image.Resampling.BOX), cover.resize(reduced, Image.Resampling.BOX)
 
 
 def palette():
-    """Index 0 is the transparent colour; then the way from the grey over the tail to the head."""
+    """Index 0 is transparent, under a colour that no frame has; then the rim, the way from the tail to the head, and
+    that way's edges towards the rim."""
     steps = 63
-    colours = [BEHIND]
+    colours = [(255, 0, 0), BEHIND]
     colours += [blend(TAIL, HEAD, step / (steps - 1)) for step in range(steps)]
-    for cover in (0.55, 0.7, 0.85):
+    for cover in (0.25, 0.5, 0.75):
         colours += [blend(BEHIND, blend(TAIL, HEAD, step / (steps - 1)), cover) for step in range(steps)]
     return colours
 

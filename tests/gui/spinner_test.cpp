@@ -67,6 +67,26 @@ TEST(Spinner, EveryFrameIsClearAroundAndInsideTheRing)
     }
 }
 
+TEST(Spinner, HasALightRimThatKeepsItApartFromAPicturesGrey)
+{
+    for (const QImage& frame : spinnerFrames()) {
+        int edges = 0;
+        int dark = 0;
+        for (int y = 0; y < frame.height(); ++y) {
+            for (int x = 1; x < frame.width(); ++x) {
+                const QRgb left = frame.pixel(x - 1, y);
+                const QRgb right = frame.pixel(x, y);
+                if ((qAlpha(left) > 0) == (qAlpha(right) > 0))
+                    continue;
+                ++edges;
+                dark += qGray(qAlpha(left) > 0 ? left : right) < 0xC0 ? 1 : 0;
+            }
+        }
+        EXPECT_GT(edges, 100);
+        EXPECT_EQ(dark, 0);
+    }
+}
+
 TEST(Spinner, EveryFrameReplacesTheOneBeforeIt)
 {
     const std::vector<QImage> frames = spinnerFrames();
