@@ -183,6 +183,28 @@ TEST(Images, OnAndOffOfTheSwitchAreToldApartByLightnessAlone)
         EXPECT_EQ(QSvgRenderer(address(name)).defaultSize(), QSize(36, 20));
 }
 
+TEST(Images, KindsOfToastsFoldingsAndViewsAreToldApartByLightnessAlone)
+{
+    const std::vector<QStringList> groups{
+        {u"icon_toasts_success.svg"_s, u"icon_toasts_warning.svg"_s, u"icon_toasts_error.svg"_s},
+        {u"bnt_arrow_up_Pressed.svg"_s, u"bnt_arrow_down.svg"_s},
+        {u"btn_playbar_play.svg"_s, u"btn_playbar_pause.svg"_s},
+        {u"btn_playbar_DVS.svg"_s, u"btn_playbar_APS.svg"_s, u"btn_playbar_Fusion.svg"_s},
+        {u"btn_sidebar_camera.svg"_s, u"btn_sidebar_DVS.svg"_s, u"btn_sidebar_APS.svg"_s,
+         u"btn_sidebar_setting.svg"_s},
+    };
+    for (const QStringList& names : groups) {
+        for (qsizetype first = 0; first < names.size(); ++first) {
+            for (qsizetype second = first + 1; second < names.size(); ++second) {
+                EXPECT_GE(differingPart(drawn(names[first], 48, Qt::white),
+                                        drawn(names[second], 48, Qt::white), differsInLightness),
+                          0.05)
+                    << names[first].toStdString() << " and " << names[second].toStdString();
+            }
+        }
+    }
+}
+
 TEST(Images, VectorsAreReadWithoutAWarning)
 {
     for (const QString& name : svgNames()) {
