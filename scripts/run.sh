@@ -11,6 +11,10 @@ for argument in "$@"; do
     [ -e "$here/$argument" ] && argument="$here/$argument"
     arguments+=("$argument")
 done
+if [ -n "${KORVANE_REPLAY:-}" ]; then
+    KORVANE_REPLAY="$(realpath -m -- "$KORVANE_REPLAY")"
+    export KORVANE_REPLAY
+fi
 
 "$root/scripts/setup.sh"
 cd "$root"

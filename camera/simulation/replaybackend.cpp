@@ -20,7 +20,7 @@ namespace {
 constexpr qsizetype serialLength = 10; // characters
 // Files up to this size are searched for an event before they are offered, which takes a moment; of larger
 // ones the start alone is looked at, for the list is not to wait for a disk.
-constexpr qint64 searchedSize = qint64{16} * 1024 * 1024; // bytes
+constexpr qint64 searchedSize = qint64{4} * 1024 * 1024; // bytes
 
 /// How a recording appears in the camera list: with nothing but events in it, as a DVS-only camera.
 constexpr const char* product = "Halvora";
