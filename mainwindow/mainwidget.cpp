@@ -3,6 +3,7 @@
 #include "ui_mainwidget.h"
 
 #include "app/config.h"
+#include "app/languageswitch.h"
 #include "camera/livesession.h"
 #include "display/showimageform.h"
 #include "mainwindow/menuactions.h"
@@ -126,8 +127,7 @@ void MainWidget::connectSignals()
     connect(menus, &WindowMenus::openRecordingRequested, this, &MainWidget::slotOpenRecording);
     connect(menus, &WindowMenus::quitRequested, this, &QWidget::close);
     connect(menus, &WindowMenus::aboutRequested, this, [] { MenuActions::askAboutUs(); });
-    connect(menus, &WindowMenus::languageRequested, this,
-            [this] { MenuActions::askLanguageSwitch(*config); });
+    connect(menus, &WindowMenus::languageRequested, this, [this] { LanguageSwitch(*config).ask(); });
     connect(menus, &WindowMenus::startEndPointToggled, this, &MainWidget::slotStartEndPointEditable);
     connectSession();
     connectPlayback();

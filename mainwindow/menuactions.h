@@ -2,9 +2,7 @@
 
 #include <QCoreApplication>
 
-class Config;
-
-/// What the Setting and Help menus ask the user. GUI thread.
+/// What the Help menu asks the user. GUI thread.
 class MenuActions
 {
     Q_DECLARE_TR_FUNCTIONS(MenuActions)
@@ -12,7 +10,4 @@ class MenuActions
 public:
     /// Asks whether to open the maker's web site in the browser, and does.
     static void askAboutUs();
-    /// Asks whether to switch the interface language, which takes a restart; stores it and restarts when told
-    /// to.
-    static void askLanguageSwitch(Config& config);
 };

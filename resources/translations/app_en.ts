@@ -160,6 +160,25 @@
     </message>
 </context>
 <context>
+    <name>LanguageSwitch</name>
+    <message>
+        <source>The language change will take effect after restart.</source>
+        <translation>The language change will take effect after restart.</translation>
+    </message>
+    <message>
+        <source>Tips</source>
+        <translation>Tips</translation>
+    </message>
+    <message>
+        <source>Restart</source>
+        <translation>Restart</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Later</translation>
+    </message>
+</context>
+<context>
     <name>LiveSession</name>
     <message>
         <source>Open camera: </source>
@@ -202,18 +221,6 @@
     <message>
         <source>Close</source>
         <translation>Close</translation>
-    </message>
-    <message>
-        <source>The language change will take effect after restart.</source>
-        <translation>The language change will take effect after restart.</translation>
-    </message>
-    <message>
-        <source>Restart</source>
-        <translation>Restart</translation>
-    </message>
-    <message>
-        <source>Later</source>
-        <translation>Later</translation>
     </message>
 </context>
 <context>

@@ -160,6 +160,25 @@
     </message>
 </context>
 <context>
+    <name>LanguageSwitch</name>
+    <message>
+        <source>The language change will take effect after restart.</source>
+        <translation>语言更改将在重启后生效。</translation>
+    </message>
+    <message>
+        <source>Tips</source>
+        <translation>提示</translation>
+    </message>
+    <message>
+        <source>Restart</source>
+        <translation>立即重启</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>稍后</translation>
+    </message>
+</context>
+<context>
     <name>LiveSession</name>
     <message>
         <source>Open camera: </source>
@@ -202,18 +221,6 @@
     <message>
         <source>Close</source>
         <translation>关闭</translation>
-    </message>
-    <message>
-        <source>The language change will take effect after restart.</source>
-        <translation>语言更改将在重启后生效。</translation>
-    </message>
-    <message>
-        <source>Restart</source>
-        <translation>立即重启</translation>
-    </message>
-    <message>
-        <source>Later</source>
-        <translation>稍后</translation>
     </message>
 </context>
 <context>

@@ -10,4 +10,11 @@ if(TARGET korvane_resources)
     korvane_add_test(fonts_test GUI SOURCES fonts_test.cpp LINKS korvane_shell korvane_resources)
     korvane_add_test(languages_test GUI SOURCES languages_test.cpp LINKS korvane_shell korvane_resources)
     korvane_add_test(initdialog_test GUI SOURCES initdialog_test.cpp LINKS korvane_shell korvane_resources)
+    korvane_add_test(aboutusform_test GUI SOURCES aboutusform_test.cpp LINKS korvane_shell korvane_resources)
+    korvane_add_test(kvgeneralsetting_test GUI
+        SOURCES kvgeneralsetting_test.cpp dialogcard.h LINKS korvane_shell korvane_resources)
+    target_compile_definitions(kvgeneralsetting_test PRIVATE
+        KORVANE_OWN_FRAME=$<NOT:$<TARGET_EXISTS:QWindowKit::Widgets>>)
+    korvane_add_test(languageswitch_test GUI
+        SOURCES languageswitch_test.cpp dialogcard.h LINKS korvane_shell korvane_resources)
 endif()
