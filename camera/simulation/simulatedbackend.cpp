@@ -1,6 +1,7 @@
 #include "camera/simulation/simulatedbackend.h"
 
 #include "camera/simulation/simulateddvscamera.h"
+#include "camera/simulation/simulatedfusioncamera.h"
 
 #include <QtGlobal>
 
@@ -32,18 +33,32 @@ std::vector<CameraDescription> SimulatedBackend::cameraDescriptions()
     return found;
 }
 
-std::shared_ptr<DvsCamera> SimulatedBackend::openCamera(const std::string& serial)
+template <typename Camera>
+std::shared_ptr<Camera> SimulatedBackend::open(const std::string& serial, bool fusion,
+                                               std::shared_ptr<Camera> (*make)(const SimulatedCameraConfig&))
 {
     Slot* const slot = slotOf(serial);
-    if (slot == nullptr || slot->config.failOpen)
+    const auto isFusion = [slot] { return slot->config.scene == SimulatedCameraConfig::SceneKind::Stage; };
+    if (slot == nullptr || slot->config.failOpen || isFusion() != fusion)
         return nullptr;
     try {
-        return slot->socket.open<SimulatedDvsCamera>(
-            [slot] { return std::make_shared<SimulatedDvsCamera>(slot->config); });
+        return slot->socket.open<Camera>([slot, make] { return make(slot->config); });
     } catch (const std::exception& error) {
         qWarning("Simulated camera %s cannot be opened: %s", serial.c_str(), error.what());
         return nullptr;
     }
+}
+
+std::shared_ptr<DvsCamera> SimulatedBackend::openCamera(const std::string& serial)
+{
+    return open<SimulatedDvsCamera>(serial, false, [](const SimulatedCameraConfig& config) {
+        return std::make_shared<SimulatedDvsCamera>(config);
+    });
+}
+
+std::shared_ptr<FusionCamera> SimulatedBackend::openFusionCamera(const std::string& serial)
+{
+    return open<SimulatedFusionCamera>(serial, true, &SimulatedFusionCamera::make);
 }
 
 void SimulatedBackend::pull(const std::string& serial)

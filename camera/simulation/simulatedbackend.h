@@ -20,6 +20,7 @@ public:
     std::string name() const override { return "simulation"; }
     std::vector<CameraDescription> cameraDescriptions() override;
     std::shared_ptr<DvsCamera> openCamera(const std::string& serial) override;
+    std::shared_ptr<FusionCamera> openFusionCamera(const std::string& serial) override;
 
     /// Unplugs the camera with this serial: it is no longer listed, and when it is open its stream ends.
     void pull(const std::string& serial);
@@ -33,6 +34,9 @@ private:
         CameraSocket socket;
     };
     Slot* slotOf(const std::string& serial);
+    template <typename Camera>
+    std::shared_ptr<Camera> open(const std::string& serial, bool fusion,
+                                 std::shared_ptr<Camera> (*make)(const SimulatedCameraConfig& config));
 
     std::deque<Slot> sockets; // the same for ever
 };

@@ -1,5 +1,6 @@
 #include "camera/simulation/simulatedcameraconfig.h"
 
+#include "camera/simulation/fusionscene.h"
 #include "camera/simulation/streetscene.h"
 #include "camera/simulation/turntablescene.h"
 
@@ -24,11 +25,21 @@ std::vector<SimulatedCameraConfig> standardCameras()
     bench.seed = 3;
     bench.eventsPerSecond = 1.5e6;
 
-    return {street, busyStreet, bench};
+    SimulatedCameraConfig stage;
+    stage.serial = "PEL-000001";
+    stage.product = "Pellix";
+    stage.scene = SimulatedCameraConfig::SceneKind::Stage;
+    stage.seed = 5;
+    // Indoors, with a fast lens: a quiet sensor.
+    stage.sensor.backgroundRateHz = 0.03F;
+
+    return {street, busyStreet, bench, stage};
 }
 
 std::unique_ptr<Scene> makeScene(const SimulatedCameraConfig& config)
 {
+    if (config.scene == SimulatedCameraConfig::SceneKind::Stage)
+        return std::make_unique<FusionScene>(std::make_shared<const FusionStage>(config.seed));
     if (config.scene == SimulatedCameraConfig::SceneKind::Turntable)
         return std::make_unique<TurntableScene>(config.seed, config.eventsPerSecond);
     return std::make_unique<StreetScene>(config.seed, config.eventsPerSecond);

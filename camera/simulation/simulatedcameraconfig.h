@@ -16,6 +16,7 @@ struct SimulatedCameraConfig
     enum class SceneKind {
         Street, ///< see StreetScene
         Turntable, ///< see TurntableScene
+        Stage, ///< see FusionStage; of fusion cameras
     };
 
     std::string serial; ///< at most 10 characters

@@ -16,3 +16,7 @@ korvane_add_test(simulation_conformance_test THREADS
 korvane_add_test(simulation_camera_test THREADS
     SOURCES simulation_camera_test.cpp simulation_testscenes.h
     LINKS korvane_simulation)
+
+korvane_add_test(simulation_fusion_test THREADS
+    SOURCES simulation_fusion_test.cpp
+    LINKS korvane_simulation korvane_kernels)

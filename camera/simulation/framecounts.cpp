@@ -1,0 +1,99 @@
+#include "camera/simulation/framecounts.h"
+
+#include "camera/simulation/fusionstage.h"
+
+#include <algorithm>
+
+namespace korvane::simulation {
+
+namespace {
+
+constexpr std::size_t width = fusiongeometry::eventWidth;
+constexpr std::size_t height = fusiongeometry::eventHeight;
+constexpr std::size_t counters = width * height * 2;
+
+} // namespace
+
+std::shared_ptr<EventCountFrame> FrameCounts::emptyCounts()
+{
+    const auto free = std::find_if(spare.begin(), spare.end(),
+                                   [](const auto& counts) { return counts.use_count() == 1; });
+    if (free != spare.end()) {
+        std::fill((*free)->counts.begin(), (*free)->counts.end(), std::uint16_t{0});
+        return *free;
+    }
+    spare.push_back(std::make_shared<EventCountFrame>());
+    spare.back()->counts.resize(counters);
+    return spare.back();
+}
+
+FrameCounts::Slot& FrameCounts::slotFor(std::uint64_t time)
+{
+    const std::uint64_t end = (time + period - 1) / period * period;
+    if (open.empty() || open.back().end < end) {
+        // While nobody takes frames, the oldest events are of no frame any more.
+        if (open.size() >= framesKept)
+            open.pop_front();
+        open.push_back({end, emptyCounts()});
+    }
+    return open.back();
+}
+
+void FrameCounts::count(std::span<const Event2D> events)
+{
+    const std::lock_guard lock(mutex);
+    Slot* slot = nullptr;
+    for (const Event2D& event : events) {
+        if (event.x == 0 || event.x >= width || event.y >= height)
+            continue;
+        if (slot == nullptr || event.timestamp > slot->end)
+            slot = &slotFor(event.timestamp);
+        const std::size_t pixel = event.y * width + (width - event.x);
+        std::uint16_t& count = slot->counts->counts[2 * pixel + (event.polarity != 0 ? 1 : 0)];
+        if (count != UINT16_MAX)
+            ++count;
+    }
+}
+
+void FrameCounts::closeFrame(std::uint64_t time)
+{
+    const std::lock_guard lock(mutex);
+    Slot frame{time, nullptr};
+    while (!open.empty() && open.front().end <= time) {
+        const Slot slot = open.front();
+        open.pop_front();
+        if (!frame.counts) {
+            frame.counts = slot.counts;
+            continue;
+        }
+        // A frame was left out: its events belong to this one.
+        for (std::size_t i = 0; i < counters; ++i)
+            frame.counts->counts[i] = static_cast<std::uint16_t>(
+                std::min(frame.counts->counts[i] + slot.counts->counts[i], int{UINT16_MAX}));
+    }
+    if (!frame.counts)
+        frame.counts = emptyCounts();
+    if (closed.size() >= framesKept)
+        closed.pop_front();
+    closed.push_back(std::move(frame));
+}
+
+bool FrameCounts::get(std::shared_ptr<EventCountFrame>& out, std::uint64_t time) const
+{
+    const std::lock_guard lock(mutex);
+    const auto found
+        = std::find_if(closed.begin(), closed.end(), [time](const Slot& slot) { return slot.end == time; });
+    if (found == closed.end())
+        return false;
+    out = found->counts;
+    return true;
+}
+
+void FrameCounts::clear()
+{
+    const std::lock_guard lock(mutex);
+    open.clear();
+    closed.clear();
+}
+
+} // namespace korvane::simulation
