@@ -430,8 +430,8 @@ TEST(SimulatedBackend, OffersTheStandardCameras)
         serials.insert(description.serial);
         products.insert(description.product);
     }
-    EXPECT_EQ(serials, (std::set<std::string>{"HAL-000001", "HAL-000002", "QRT-000001"}));
-    EXPECT_EQ(products, (std::set<std::string>{"Halvora", "QRT4"}));
+    EXPECT_EQ(serials, (std::set<std::string>{"HAL-000001", "HAL-000002", "PEL-000001", "QRT-000001"}));
+    EXPECT_EQ(products, (std::set<std::string>{"Halvora", "Pellix", "QRT4"}));
 }
 
 TEST(SimulatedBackend, OpensAStandardCameraThatStreams)
