@@ -248,6 +248,13 @@ void LiveSession::onConnectionLost(std::uint64_t session)
     emit runningChanged();
 }
 
+std::shared_ptr<korvane::CameraTool> LiveSession::tool(korvane::ToolType type) const
+{
+    if (dvsCamera)
+        return dvsCamera->getTool(type);
+    return fusionCamera ? fusionCamera->getTool(type) : nullptr;
+}
+
 bool LiveSession::cameraConnected() const
 {
     if (state.playMode == ModeDvsCamera)

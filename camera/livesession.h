@@ -61,6 +61,9 @@ public:
     bool isRecording() const { return recording; }
     /// Whether a DVS-only camera is open.
     bool hasDvsCamera() const { return dvsCamera != nullptr; }
+    bool hasFusionCamera() const { return fusionCamera != nullptr; }
+    /// A settings tool of the open camera; empty when none is open or it has no such tool.
+    std::shared_ptr<korvane::CameraTool> tool(korvane::ToolType type) const;
     /// Time of the last event shown, microseconds.
     std::uint64_t lastTimestamp() const { return loop.lastTimestamp(); }
 

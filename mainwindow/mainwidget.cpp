@@ -6,15 +6,19 @@
 #include "app/languageswitch.h"
 #include "camera/livesession.h"
 #include "display/showimageform.h"
+#include "mainwindow/decorations.h"
 #include "mainwindow/menuactions.h"
+#include "mainwindow/sidebars.h"
+#include "mainwindow/windowkeys.h"
 #include "mainwindow/windowmenus.h"
 #include "playback/dvsplayer.h"
+#include "playback/fusionplayer.h"
+#include "playback/kvfusioncameradataprocessor.h"
+#include "playback/rangesaver.h"
 #include "playback/recordingopener.h"
 #include "widgets/kvthreehandleslider.h"
 #include "widgets/timestamptotext.h"
 
-#include <QFile>
-#include <QGraphicsDropShadowEffect>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
@@ -26,31 +30,14 @@
 
 #include <utility>
 
-namespace {
-
-void addPaneShadow(QWidget* pane)
-{
-    auto* const shadow = new QGraphicsDropShadowEffect(pane);
-    shadow->setOffset(0, 3);
-    shadow->setColor(QColor(0, 0, 0, 41));
-    shadow->setBlurRadius(6);
-    pane->setGraphicsEffect(shadow);
-}
-
-QString styleSheetFrom(const QString& address)
-{
-    QFile file(address);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
-} // namespace
-
 MainWidget::MainWidget(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::Widget>()),
       config(Config::getInstance(QStringLiteral("config.ini"))), toasts(*this)
 {
     ui->setupUi(this);
     setUpFrame();
+    new WindowKeys(this);
+    fusionProcessor = std::make_unique<KvFusionCameraDataProcessor>();
     timeSlider = new KvThreeHandleSlider(nullptr, 1, 1);
     timeSlider->setObjectName(QStringLiteral("time_slider"));
     timeSlider->setEnabled(false);
@@ -74,6 +61,8 @@ MainWidget::~MainWidget()
     // What they still tell while they end concerns nobody any more.
     recordingOpener->disconnect(this);
     dvsPlayer->disconnect(this);
+    fusionPlayer->disconnect(this);
+    fusionProcessor->disconnect(this);
     liveSession->disconnect(this);
     dvsPlayer.reset();
     liveSession.reset();
@@ -97,8 +86,12 @@ void MainWidget::setUpDecorations()
     ui->splitter->setStretchFactor(1, 10);
     addPaneShadow(ui->frame_setting);
     addPaneShadow(ui->frame_main);
-    // The settings panels move in here; until then the pane would be an empty strip.
-    ui->frame_setting->hide();
+    addToolTip(ui->pb_play, tr("Play/Stop"));
+    addToolTip(ui->pb_record, tr("Start/Stop recording"));
+    addToolTip(ui->pb_prv, tr("Previous frame"));
+    addToolTip(ui->pb_next, tr("Next frame"));
+    addToolTip(ui->pb_stop, tr("Reset the playback progress to the beginning"));
+    addToolTip(ui->pb_loop, tr("Select to automatically replay at the end of the playback"));
 }
 
 void MainWidget::createCollaborators()
@@ -108,6 +101,12 @@ void MainWidget::createCollaborators()
     dvsPlayer = std::make_unique<DvsPlayer>(sourceState, displayTiming, eventFrameBuffer, *timeSlider);
     recordingOpener
         = std::make_unique<RecordingOpener>(sourceState, *dvsPlayer, *config, this, ui->widget_show_image);
+    rangeSaver = std::make_unique<RangeSaver>(sourceState, *dvsPlayer, *config, this, ui->widget_show_image);
+    fusionPlayer = std::make_unique<FusionPlayer>(sourceState, *timeSlider);
+    liveSession->setFusionSink(fusionProcessor.get());
+    sideBars = new SideBars({ui->frame_setting, ui->widget_side_bar, ui->layout_sidebar_setting,
+                             ui->pb_fold_setting, ui->pb_fold_dvs_setting, ui->pb_fold_aps_setting},
+                            *liveSession, displayTiming, this);
 }
 
 void MainWidget::connectSignals()
@@ -123,14 +122,23 @@ void MainWidget::connectSignals()
             &MainWidget::onSliderTimeTrackClick);
     connect(timeSlider, &KvThreeHandleSlider::centerValueMove, this, &MainWidget::onSliderTimeMove);
 
+    connectMenus();
+    connectSession();
+    connectPlayback();
+    connectFusion();
+}
+
+void MainWidget::connectMenus()
+{
+    connect(menus, &WindowMenus::triggered, this, &MainWidget::openActionSlot);
     connect(menus, &WindowMenus::openCameraRequested, this, &MainWidget::slotOpenCamera);
     connect(menus, &WindowMenus::openRecordingRequested, this, &MainWidget::slotOpenRecording);
+    connect(menus, &WindowMenus::saveAsRequested, this, &MainWidget::slotSaveAs);
+    connect(menus, &WindowMenus::cutRequested, this, &MainWidget::slotCutRecording);
     connect(menus, &WindowMenus::quitRequested, this, &QWidget::close);
     connect(menus, &WindowMenus::aboutRequested, this, [] { MenuActions::askAboutUs(); });
     connect(menus, &WindowMenus::languageRequested, this, [this] { LanguageSwitch(*config).ask(); });
     connect(menus, &WindowMenus::startEndPointToggled, this, &MainWidget::slotStartEndPointEditable);
-    connectSession();
-    connectPlayback();
 }
 
 void MainWidget::connectSession()
@@ -147,6 +155,7 @@ void MainWidget::connectSession()
     connect(session, &LiveSession::recordingChanged, ui->pb_record, &QPushButton::setChecked);
     connect(session, &LiveSession::recordingTimeChanged, ui->lb_recoding_time, &QLabel::setText);
     connect(session, &LiveSession::viewerTypeSelected, this, &MainWidget::setViewerType);
+    connect(session, &LiveSession::toolsChanged, sideBars, &SideBars::cameraChanged);
 }
 
 void MainWidget::connectPlayback()
@@ -159,11 +168,38 @@ void MainWidget::connectPlayback()
     connect(player, &DvsPlayer::pauseRequested, this, [this] { emit ui->pb_play->clicked(false); });
     connect(ui->pb_loop, &QPushButton::toggled, player, &DvsPlayer::setLooping);
 
+    RangeSaver* const saver = rangeSaver.get();
+    connect(saver, &RangeSaver::stopRequested, ui->pb_play, &QPushButton::click);
+    connect(saver, &RangeSaver::signalShowLeftBottomTips, this, &MainWidget::signalShowLeftBottomTips);
+
     RecordingOpener* const opener = recordingOpener.get();
     connect(opener, &RecordingOpener::sourceAboutToChange, this, &MainWidget::releaseSources);
     connect(opener, &RecordingOpener::setShowCameraLiveUI, this, &MainWidget::setShowCameraLiveUI);
     connect(opener, &RecordingOpener::resetShowCameraFormTitle, this, &MainWidget::resetShowCameraFormTitle);
     connect(opener, &RecordingOpener::playRequested, ui->pb_play, &QPushButton::click);
+    connect(opener, &RecordingOpener::recordingOpened, sideBars, &SideBars::recordingOpened);
+}
+
+void MainWidget::connectFusion()
+{
+    using Engine = KvFusionCameraDataProcessor;
+    Engine* const engine = fusionProcessor.get();
+    connect(this, &MainWidget::signalSetViewerShowType, engine, &Engine::slotSetViewerType);
+    connect(this, &MainWidget::signalFusionFilePlayControl, engine, &Engine::slotFusionFilePlayControl);
+    connect(engine, &Engine::signalStartTimeStamp, this, &MainWidget::slotSetSliderStartTime);
+    connect(engine, &Engine::signalEndTimeStamp, this, &MainWidget::slotSetSliderEndTime);
+    connect(engine, &Engine::signalPlayProgress, this, &MainWidget::slotShowFilePlayProgress);
+    connect(engine, &Engine::signalTimeStamp, this, &MainWidget::showTimeStamp);
+    connect(engine, &Engine::signalFusionImage, &fusionImages, &ImageRelay::put, Qt::DirectConnection);
+    connect(&fusionImages, &ImageRelay::imageReady, imageView, &ShowImageForm::slotShowImage);
+    connect(engine, &Engine::signalFusionPixMap, imageView, &ShowImageForm::showPixMap);
+
+    FusionPlayer* const player = fusionPlayer.get();
+    connect(engine, &Engine::signalPalyFileFinished, player, &FusionPlayer::fileFinished,
+            Qt::DirectConnection);
+    connect(player, &FusionPlayer::fusionFilePlayControl, this, &MainWidget::signalFusionFilePlayControl);
+    connect(player, &FusionPlayer::timeTextChanged, ui->label_time, &QLabel::setText);
+    connect(player, &FusionPlayer::runningChanged, this, &MainWidget::showRunning);
 }
 
 void MainWidget::openRecording(const QString& path)
@@ -180,7 +216,9 @@ void MainWidget::openCamera(const QString& serial)
 void MainWidget::releaseSources()
 {
     dvsPlayer->release();
+    fusionPlayer->release();
     liveSession->release();
+    fusionImages.clear();
 }
 
 void MainWidget::showRunning()
@@ -192,6 +230,8 @@ void MainWidget::on_pb_play_clicked()
 {
     if (sourceState.playMode == ModeDvsRecording)
         dvsPlayer->playClicked();
+    else if (sourceState.playMode == ModeFusionRecording)
+        fusionPlayer->playClicked();
     else
         liveSession->playClicked();
 }
@@ -231,9 +271,24 @@ void MainWidget::onSliderTimeMove(int value)
     dvsPlayer->onSliderTimeMove(value);
 }
 
+void MainWidget::openActionSlot(QAction* action)
+{
+    menus->openAction(action);
+}
+
 void MainWidget::slotOpenRecording()
 {
     recordingOpener->slotOpenRecording();
+}
+
+void MainWidget::slotSaveAs()
+{
+    rangeSaver->slotSaveAs();
+}
+
+void MainWidget::slotCutRecording()
+{
+    rangeSaver->slotCutRecording();
 }
 
 void MainWidget::slotOpenCamera()
@@ -283,6 +338,21 @@ void MainWidget::getEventsToShow(QPixmap* img)
     imageView->showPixMap(*img);
 }
 
+void MainWidget::slotSetSliderStartTime(uint64_t start_ts)
+{
+    fusionPlayer->setStartTime(start_ts);
+}
+
+void MainWidget::slotSetSliderEndTime(uint64_t ts)
+{
+    fusionPlayer->setEndTime(ts);
+}
+
+void MainWidget::slotShowFilePlayProgress(uint64_t cur_ts, uint64_t total_ts)
+{
+    fusionPlayer->showProgress(cur_ts, total_ts);
+}
+
 void MainWidget::slotShowLeftBottomTips(QString tips, KvMessageType type, QString file_path)
 {
     toasts.show(tips, type, file_path);
@@ -304,6 +374,26 @@ void MainWidget::setViewerType(korvane::STREAM_TYPE type)
 #pb_viewer_type:disabled { image: url(":/img/assets/btn_playbar_%1_disable.svg"); })");
     ui->pb_viewer_type->setStyleSheet(sheet.arg(QLatin1String(names[type])));
     emit signalSetViewerShowType(type);
+}
+
+void MainWidget::on_pb_fold_setting_clicked(bool checked)
+{
+    sideBars->foldCamera(checked);
+}
+
+void MainWidget::on_pb_fold_dvs_setting_clicked(bool checked)
+{
+    sideBars->foldDvs(checked);
+}
+
+void MainWidget::on_pb_fold_aps_setting_clicked(bool checked)
+{
+    sideBars->foldAps(checked);
+}
+
+void MainWidget::on_pb_fold_general_setting_clicked()
+{
+    ui->pb_fold_general_setting->setChecked(false);
 }
 
 void MainWidget::on_pb_viewer_setting_clicked(bool checked)

@@ -3,6 +3,7 @@
 #include "camera/driver/streamtype.h"
 #include "display/displaytiming.h"
 #include "display/eventframebuffer.h"
+#include "display/imagerelay.h"
 #include "display/sourcestate.h"
 #include "mainwindow/toasts.h"
 #include "widgets/kvmessagetype.h"
@@ -14,11 +15,15 @@
 
 class Config;
 class DvsPlayer;
+class FusionPlayer;
+class KvFusionCameraDataProcessor;
 class KvThreeHandleSlider;
 class LiveSession;
 class QAction;
+class RangeSaver;
 class RecordingOpener;
 class ShowImageForm;
+class SideBars;
 class WindowMenus;
 
 namespace Ui {
@@ -59,7 +64,10 @@ private slots:
     void on_pb_stop_clicked();
     void on_pb_win_min_clicked();
     void on_pb_win_close_clicked();
+    void openActionSlot(QAction* action);
     void slotOpenRecording();
+    void slotSaveAs();
+    void slotCutRecording();
     void slotOpenCamera();
     void on_pb_loop_clicked();
     void on_pb_next_clicked();
@@ -70,14 +78,21 @@ private slots:
     void showTimeStamp(uint64_t timestamp_us);
     void on_pb_win_max_clicked();
     void maximizedChanged(bool max);
+    void on_pb_fold_setting_clicked(bool checked);
     void on_pb_viewer_setting_clicked(bool checked);
     void slotStartEndPointEditable(bool en);
+    void on_pb_fold_general_setting_clicked();
+    void on_pb_fold_dvs_setting_clicked(bool checked);
+    void on_pb_fold_aps_setting_clicked(bool checked);
     void on_pb_viewer_type_clicked();
 
 public slots:
     void slotShowLeftBottomTips(QString tips, KvMessageType type = Success, QString file_path = QString());
     void getEventsToShow();
     void getEventsToShow(QPixmap* img);
+    void slotSetSliderStartTime(uint64_t start_ts);
+    void slotSetSliderEndTime(uint64_t ts);
+    void slotShowFilePlayProgress(uint64_t cur_ts, uint64_t total_ts);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -89,8 +104,10 @@ private:
     void setUpDecorations();
     void createCollaborators();
     void connectSignals();
+    void connectMenus();
     void connectSession();
     void connectPlayback();
+    void connectFusion();
     void releaseSources();
     void showRunning();
     void settleNativePosition();
@@ -107,8 +124,13 @@ private:
     KvThreeHandleSlider* timeSlider; ///< this window's
     ShowImageForm* imageView; ///< this window's
     WindowMenus* menus; ///< this window's
+    ImageRelay fusionImages;
+    std::unique_ptr<FusionPlayer> fusionPlayer;
+    SideBars* sideBars; ///< this window's
     // Last: their threads end before anything they use.
+    std::unique_ptr<KvFusionCameraDataProcessor> fusionProcessor;
     std::unique_ptr<LiveSession> liveSession;
     std::unique_ptr<DvsPlayer> dvsPlayer;
     std::unique_ptr<RecordingOpener> recordingOpener;
+    std::unique_ptr<RangeSaver> rangeSaver;
 };

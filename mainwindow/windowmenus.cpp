@@ -36,7 +36,8 @@ QMenu::indicator:unchecked { image: url(":/img/assets/btn_switch_disable.svg"); 
 
 WindowMenus::WindowMenus(QWidget* window, const Buttons& buttons)
     : QObject(window), openCameraText(tr("Open Camera")), openRecordingText(tr("Open Recording")),
-      quitText(tr("Quit")), languageText(tr("EN/中文")), aboutText(tr("About us")),
+      saveAsText(tr("Save as...")), cutText(tr("Cut Recording")), quitText(tr("Quit")),
+      generalSettingText(tr("General Setting")), languageText(tr("EN/中文")), aboutText(tr("About us")),
       startEndPointText(tr("Toggle Start/End Point")), fileMenu(new QMenu(window)),
       deviceMenu(new QMenu(window)), settingMenu(std::make_unique<QMenu>()),
       helpMenu(std::make_unique<QMenu>()), viewerSettingMenu(new QMenu(window))
@@ -52,7 +53,7 @@ void WindowMenus::prepare(QMenu& menu, const QString& styleSheet)
     menu.setWindowFlags(menu.windowFlags() | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
     menu.setAttribute(Qt::WA_TranslucentBackground);
     menu.setStyleSheet(styleSheet);
-    connect(&menu, &QMenu::triggered, this, &WindowMenus::openActionSlot);
+    connect(&menu, &QMenu::triggered, this, &WindowMenus::triggered);
 }
 
 void WindowMenus::buildTitleBarMenus(const Buttons& buttons)
@@ -69,10 +70,14 @@ void WindowMenus::buildTitleBarMenus(const Buttons& buttons)
     connect(fileMenu->addAction(openRecordingText), &QAction::triggered, this,
             &WindowMenus::openRecordingRequested);
     fileMenu->addSeparator();
+    connect(fileMenu->addAction(saveAsText), &QAction::triggered, this, &WindowMenus::saveAsRequested);
+    connect(fileMenu->addAction(cutText), &QAction::triggered, this, &WindowMenus::cutRequested);
+    fileMenu->addSeparator();
     fileMenu->addAction(quitText);
     connect(deviceMenu->addAction(openCameraText), &QAction::triggered, this,
             &WindowMenus::openCameraRequested);
     deviceMenu->addSeparator();
+    settingMenu->addAction(generalSettingText);
     settingMenu->addAction(languageText);
     helpMenu->addAction(aboutText);
 
@@ -105,7 +110,7 @@ void WindowMenus::runViewerSettingMenu(const QPushButton* button)
         button->mapToGlobal(QPoint(button->sizeHint().width() - menuSize.width(), -menuSize.height())));
 }
 
-void WindowMenus::openActionSlot(QAction* action)
+void WindowMenus::openAction(const QAction* action)
 {
     const QString text = action->text();
     if (text == openCameraText || text == openRecordingText)
@@ -116,4 +121,6 @@ void WindowMenus::openActionSlot(QAction* action)
         emit aboutRequested();
     else if (text == languageText)
         emit languageRequested();
+    else if (text == generalSettingText)
+        emit generalSettingRequested();
 }

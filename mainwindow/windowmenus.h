@@ -32,16 +32,20 @@ public:
     /// Pops the viewer-setting menu up above its button, right edges aligned, and returns when it has closed.
     void runViewerSettingMenu(const QPushButton* button);
 
-public slots:
-    /// Tells what a triggered action asks for, by its text.
-    void openActionSlot(QAction* action);
+    /// Tells by one of the signals below what a triggered action asks for, which is known by its text.
+    void openAction(const QAction* action);
 
 signals:
+    /// An entry of any of the menus was chosen.
+    void triggered(QAction* action);
     void openCameraRequested();
     void openRecordingRequested();
+    void saveAsRequested();
+    void cutRequested();
     void quitRequested();
     void aboutRequested();
     void languageRequested();
+    void generalSettingRequested();
     void startEndPointToggled(bool on);
 
 private:
@@ -51,7 +55,10 @@ private:
 
     const QString openCameraText;
     const QString openRecordingText;
+    const QString saveAsText;
+    const QString cutText;
     const QString quitText;
+    const QString generalSettingText;
     const QString languageText;
     const QString aboutText;
     const QString startEndPointText;

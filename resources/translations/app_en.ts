@@ -203,6 +203,30 @@
         <source>Camera not found: </source>
         <translation>Camera not found: </translation>
     </message>
+    <message>
+        <source>Play/Stop</source>
+        <translation>Play/Stop</translation>
+    </message>
+    <message>
+        <source>Start/Stop recording</source>
+        <translation>Start/Stop recording</translation>
+    </message>
+    <message>
+        <source>Previous frame</source>
+        <translation>Previous frame</translation>
+    </message>
+    <message>
+        <source>Next frame</source>
+        <translation>Next frame</translation>
+    </message>
+    <message>
+        <source>Reset the playback progress to the beginning</source>
+        <translation>Reset the playback progress to the beginning</translation>
+    </message>
+    <message>
+        <source>Select to automatically replay at the end of the playback</source>
+        <translation>Select to automatically replay at the end of the playback</translation>
+    </message>
 </context>
 <context>
     <name>MenuActions</name>
@@ -362,6 +386,18 @@
     <message>
         <source>Toggle Start/End Point</source>
         <translation>Toggle Start/End Point</translation>
+    </message>
+    <message>
+        <source>Save as...</source>
+        <translation>Save as...</translation>
+    </message>
+    <message>
+        <source>Cut Recording</source>
+        <translation>Cut Recording</translation>
+    </message>
+    <message>
+        <source>General Setting</source>
+        <translation>General Setting</translation>
     </message>
 </context>
 </TS>

@@ -203,6 +203,30 @@
         <source>Camera not found: </source>
         <translation>未找到相机：</translation>
     </message>
+    <message>
+        <source>Play/Stop</source>
+        <translation>播放/停止</translation>
+    </message>
+    <message>
+        <source>Start/Stop recording</source>
+        <translation>开始/停止录制</translation>
+    </message>
+    <message>
+        <source>Previous frame</source>
+        <translation>上一帧</translation>
+    </message>
+    <message>
+        <source>Next frame</source>
+        <translation>下一帧</translation>
+    </message>
+    <message>
+        <source>Reset the playback progress to the beginning</source>
+        <translation>回到播放起点</translation>
+    </message>
+    <message>
+        <source>Select to automatically replay at the end of the playback</source>
+        <translation>选中后播放结束时自动重播</translation>
+    </message>
 </context>
 <context>
     <name>MenuActions</name>
@@ -362,6 +386,18 @@
     <message>
         <source>Toggle Start/End Point</source>
         <translation>显示起止点</translation>
+    </message>
+    <message>
+        <source>Save as...</source>
+        <translation>另存为…</translation>
+    </message>
+    <message>
+        <source>Cut Recording</source>
+        <translation>裁剪录像</translation>
+    </message>
+    <message>
+        <source>General Setting</source>
+        <translation>通用设置</translation>
     </message>
 </context>
 </TS>

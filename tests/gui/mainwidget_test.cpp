@@ -6,15 +6,19 @@
 #include "tests/gui/mainwindowfixture.h"
 #include "tests/support/movingbar.h"
 #include "widgets/kvfilepathreminderform.h"
+#include "widgets/kvtooltip.h"
 
 #include <QDir>
+#include <QEnterEvent>
 #include <QFile>
 #include <QFontMetrics>
 #include <QGraphicsView>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QPointer>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QSlider>
 #include <QTranslator>
 #include <gtest/gtest.h>
 
@@ -91,7 +95,7 @@ TEST_F(MainWidgetTest, StartsWithNothingCheckedAndTheTimelineDisabledAtItsStart)
     EXPECT_EQ(slider().handleMode(), 1);
     EXPECT_EQ(text("label_time"), u"--/ --"_s);
     EXPECT_EQ(window->windowTitle(), u"Widget"_s);
-    EXPECT_FALSE(find("frame_setting").isVisible());
+    EXPECT_TRUE(find("frame_setting").isVisible());
 }
 
 TEST_F(MainWidgetTest, TheViewerTypeButtonGoesThroughDvsApsAndFusion)
@@ -322,6 +326,53 @@ TEST_F(MainWidgetTest, AToastOfAnotherThreadIsMadeOnTheGuiThread)
     EXPECT_EQ(toasts().constFirst()->findChild<QLabel*>(u"lb_title"_s)->text(), u"Error"_s);
 }
 
+TEST_F(MainWidgetTest, SixButtonsOfThePlayBarHaveATipAboveThem)
+{
+    const std::pair<const char*, QString> texts[]
+        = {{"pb_play", u"Play/Stop"_s},
+           {"pb_record", u"Start/Stop recording"_s},
+           {"pb_prv", u"Previous frame"_s},
+           {"pb_next", u"Next frame"_s},
+           {"pb_stop", u"Reset the playback progress to the beginning"_s},
+           {"pb_loop", u"Select to automatically replay at the end of the playback"_s}};
+    QStringList found;
+    for (const KvToolTip* const tip : window->findChildren<KvToolTip*>(Qt::FindDirectChildrenOnly))
+        found << tip->text();
+    QStringList expected;
+    for (const auto& [name, text] : texts)
+        expected << text;
+    EXPECT_EQ(found, expected);
+
+    for (const auto& [name, text] : texts) {
+        QPushButton& one = button(name);
+        QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), one.mapToGlobal(QPointF(5, 5)));
+        QCoreApplication::sendEvent(&one, &enter);
+    }
+    for (const auto& [name, wanted] : texts) {
+        const KvToolTip* shown = nullptr;
+        EXPECT_TRUE(QTest::qWaitFor([this, &shown, &tipText = wanted] {
+            for (const KvToolTip* const tip : window->findChildren<KvToolTip*>()) {
+                if (tip->isVisible() && tip->text() == tipText)
+                    shown = tip;
+            }
+            return shown != nullptr;
+        })) << name;
+        ASSERT_NE(shown, nullptr) << name;
+        const QPushButton& one = button(name);
+        EXPECT_LE(shown->geometry().bottom(), one.mapToGlobal(QPoint()).y()) << name;
+        EXPECT_NEAR(shown->geometry().center().x(), one.mapToGlobal(one.rect().center()).x(), 1) << name;
+    }
+    EXPECT_EQ(QApplication::activeWindow(), window.get()) << "a tip takes nothing away";
+}
+
+TEST_F(MainWidgetTest, ButtonsOfTheFormHaveNoTextAndNoTipOfTheirOwn)
+{
+    for (const char* const name : iconButtons) {
+        EXPECT_EQ(button(name).text(), QString()) << name;
+        EXPECT_EQ(button(name).toolTip(), QString()) << name;
+    }
+}
+
 TEST_F(MainWidgetTest, NoPictureIsShownBeforeAnyEvents)
 {
     const qint64 before = imageView().shownPixmap().cacheKey();
@@ -380,6 +431,31 @@ TEST_F(MainWidgetPlaybackTest, SpaceAndArrowsActWithTheFocusOnTheWindowAndTheIma
         EXPECT_FALSE(playing()) << name;
         QCoreApplication::processEvents();
     }
+}
+
+TEST_F(MainWidgetPlaybackTest, SpaceAndArrowsActWithTheFocusOnASettingButNotInsideAField)
+{
+    // Whatever a settings panel may hold.
+    QWidget& panel = find("frame_setting");
+    QSlider setting(&panel);
+    QLineEdit field(&panel);
+    setting.show();
+    field.show();
+    setting.setFocus();
+    ASSERT_EQ(QApplication::focusWidget(), &setting);
+    const QString start = text("label_time");
+    QTest::keyClick(window->windowHandle(), Qt::Key_Right);
+    EXPECT_NE(text("label_time"), start);
+    QTest::keyClick(window->windowHandle(), Qt::Key_Left);
+    EXPECT_EQ(text("label_time"), start);
+
+    field.setFocus();
+    ASSERT_EQ(QApplication::focusWidget(), &field);
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Right, Qt::Key_Left})
+        QTest::keyClick(window->windowHandle(), key);
+    EXPECT_EQ(field.text(), u" "_s);
+    EXPECT_EQ(text("label_time"), start);
+    EXPECT_FALSE(playing());
 }
 
 TEST_F(MainWidgetPlaybackTest, AHeldSpaceBarActsOnce)

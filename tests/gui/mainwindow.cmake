@@ -8,7 +8,18 @@ file(CONFIGURE OUTPUT "${mainwindow_screen}" CONTENT [[
 
 if(TARGET korvane_mainwindow AND TARGET korvane_resources)
     korvane_add_test(mainwindow_test GUI
-        SOURCES mainwidget_test.cpp mainwindowfixture.h translations_test.cpp windowmenus_test.cpp
+        SOURCES
+            livesessionfixture.h
+            mainwidget_test.cpp
+            mainwindowfixture.h
+            mainwindowinterface_test.cpp
+            mainwindowtexts_test.cpp
+            mainwindowtree_test.cpp
+            sidebars_test.cpp
+            ../support/scriptedcamera.cpp
+            translations_test.cpp
+            windowkeys_test.cpp
+            windowmenus_test.cpp
         LINKS korvane_mainwindow korvane_recording korvane_simulation korvane_resources)
     target_compile_definitions(mainwindow_test PRIVATE
         MAINWINDOW_SCREEN="${mainwindow_screen}"

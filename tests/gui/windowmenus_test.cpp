@@ -93,9 +93,11 @@ protected:
 
 TEST_F(WindowMenusTest, TheFourMenusHoldTheirItemsInOrder)
 {
-    EXPECT_EQ(items(*button("pb_menu_file").menu()), QStringList({u"Open Recording"_s, u"-"_s, u"Quit"_s}));
+    EXPECT_EQ(
+        items(*button("pb_menu_file").menu()),
+        QStringList({u"Open Recording"_s, u"-"_s, u"Save as..."_s, u"Cut Recording"_s, u"-"_s, u"Quit"_s}));
     EXPECT_EQ(items(*button("pb_menu_device").menu()), QStringList({u"Open Camera"_s, u"-"_s}));
-    EXPECT_EQ(items(*button("pb_menu_setting").menu()), QStringList({u"EN/中文"_s}));
+    EXPECT_EQ(items(*button("pb_menu_setting").menu()), QStringList({u"General Setting"_s, u"EN/中文"_s}));
     EXPECT_EQ(items(*button("pb_menu_help").menu()), QStringList({u"About us"_s}));
 }
 
@@ -218,7 +220,7 @@ TEST_F(WindowMenusTest, AnUnknownActionDoesNothing)
 {
     auto& menus = *window->findChild<WindowMenus*>();
     QAction other(u"Something else"_s);
-    menus.openActionSlot(&other);
+    menus.openAction(&other);
     QCoreApplication::processEvents();
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
