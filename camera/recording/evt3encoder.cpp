@@ -1,191 +1,214 @@
 #include "camera/recording/evt3encoder.h"
 
 #include <algorithm>
-#include <bit>
+#include <array>
 #include <cstring>
 
 namespace korvane::recording {
 
 namespace {
 
-// Types of EVT 3.0 words, in their top four bits.
+// Types of EVT 3.0 words, in their place in a word.
 enum Type : unsigned {
-    AddressY = 0x0,
-    AddressX = 0x2,
-    VectorBase = 0x3,
-    Vector12 = 0x4,
-    Vector8 = 0x5,
-    TimeLow = 0x6,
-    TimeHigh = 0x8,
-    Trigger = 0xA,
+    AddressY = 0x0000,
+    AddressX = 0x2000,
+    VectorBase = 0x3000,
+    Vector12 = 0x4000,
+    Vector8 = 0x5000,
+    TimeLow = 0x6000,
+    TimeHigh = 0x8000,
+    Trigger = 0xA000,
 };
 
 constexpr std::uint64_t highPeriod = 4096; // microseconds a time-high value stands for
 constexpr std::uint64_t highRepeat = 16; // microseconds after which cameras send the time-high word again
 /// Readers recognise a wrap of time as long as no gap between time-high words is longer than 8 s.
 constexpr std::uint64_t longestGap = 4'000'000 / highPeriod * highPeriod;
+constexpr unsigned polarityBit = 1u << 11;
 constexpr unsigned tripleWidth = 32; // pixels that three vector words cover
 /// From this many events on a triple is smaller than single words, with and without a base word before it.
-constexpr unsigned worthWithBase = 5;
-constexpr unsigned worthWithoutBase = 4;
-/// The most words that one event takes: two for time-high and time-low, a row, its column; or a base more.
-constexpr std::size_t wordsPerEvent = 6;
-/// Events whose words are made room for at a time.
-constexpr std::size_t pieceEvents = 4096;
+constexpr std::ptrdiff_t worthWithBase = 5;
+constexpr std::ptrdiff_t worthWithoutBase = 4;
+/// The most words that one event takes: time-high, time-low, row, column.
+constexpr std::size_t wordsPerEvent = 4;
+/// Events whose words are put together before they are appended.
+constexpr std::size_t pieceEvents = 2048;
+
+/// Column, row and polarity in one number, such that pixels of one row and polarity are neighbours in it.
+/// Copied as it lies in memory, for every event passes here.
+std::uint64_t pixelOf(const Event2D& event)
+{
+    static_assert(offsetof(Event2D, x) == 0 && offsetof(Event2D, y) == 2 && offsetof(Event2D, polarity) == 4);
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &event, sizeof bits);
+    return bits & 0xFF'FFFF'FFFF;
+}
+
+std::uint16_t* put(std::uint16_t* at, unsigned type, std::uint64_t value)
+{
+    *at = static_cast<std::uint16_t>(type | static_cast<unsigned>(value));
+    return at + 1;
+}
+
+void append(std::vector<std::uint8_t>& out, const std::uint16_t* begin, const std::uint16_t* end)
+{
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(begin);
+    out.insert(out.end(), bytes, bytes + (end - begin) * static_cast<std::ptrdiff_t>(sizeof *begin));
+}
 
 } // namespace
 
-/// Puts words into room made beforehand.
-class Evt3Encoder::Writer
-{
-public:
-    Writer(std::vector<std::uint8_t>& bytes, std::size_t words) : target(bytes), start(bytes.size())
-    {
-        target.resize(start + words * sizeof(std::uint16_t));
-        at = target.data() + start;
-    }
-    ~Writer() { target.resize(static_cast<std::size_t>(at - target.data())); }
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
-
-    void put(unsigned type, std::uint64_t value)
-    {
-        const auto word = static_cast<std::uint16_t>((type << 12) | static_cast<unsigned>(value));
-        std::memcpy(at, &word, sizeof word);
-        at += sizeof word;
-    }
-
-private:
-    std::vector<std::uint8_t>& target;
-    std::size_t start;
-    std::uint8_t* at = nullptr;
-};
-
 Evt3Encoder::Evt3Encoder(Geometry sensor) : geometry(sensor) {}
 
-void Evt3Encoder::encodeIdle(std::uint64_t microseconds, std::vector<std::uint8_t>& out)
+std::uint16_t* Evt3Encoder::putTimeHigh(std::uint16_t* at, std::uint64_t microseconds)
 {
-    if (!started || microseconds <= time)
+    highTime = microseconds;
+    return put(at, TimeHigh, microseconds / highPeriod % 4096);
+}
+
+void Evt3Encoder::putIdle(std::uint64_t until, std::vector<std::uint8_t>& out)
+{
+    if (!started)
         return;
-    const std::uint64_t gaps = (microseconds - highTime) / longestGap;
-    Writer writer(out, gaps + 2);
-    for (std::uint64_t next = highTime / highPeriod * highPeriod + longestGap; next < microseconds;
+    std::uint16_t word = 0;
+    for (std::uint64_t next = highTime / highPeriod * highPeriod + longestGap; next < until;
          next += longestGap) {
-        writer.put(TimeHigh, (next / highPeriod) & 0xFFF);
-        highTime = next;
+        putTimeHigh(&word, next);
+        append(out, &word, &word + 1);
+        // A time-high word stands for the start of its period until a time-low word follows.
         time = next;
     }
 }
 
-void Evt3Encoder::putTime(Writer& writer, std::uint64_t microseconds)
+void Evt3Encoder::putTrigger(const EventTriggerIn& trigger, std::vector<std::uint8_t>& out)
 {
-    if (started && microseconds == time)
+    if (!canName(trigger)) {
+        ++nameless;
         return;
-    if (!started || microseconds / highRepeat != highTime / highRepeat) {
-        writer.put(TimeHigh, (microseconds / highPeriod) & 0xFFF);
-        highTime = microseconds;
-        started = true;
     }
-    writer.put(TimeLow, microseconds % highPeriod);
-    time = microseconds;
+    putIdle(trigger.timestamp, out);
+    const std::uint64_t moment = started ? std::max(trigger.timestamp, time) : trigger.timestamp;
+    std::array<std::uint16_t, 3> words = {};
+    std::uint16_t* at = words.data();
+    if (!started || moment / highRepeat != highTime / highRepeat)
+        at = putTimeHigh(at, moment);
+    if (!started || moment != time)
+        at = put(at, TimeLow, moment % highPeriod);
+    started = true;
+    time = moment;
+    at = put(at, Trigger, (static_cast<unsigned>(trigger.id) << 8) | (trigger.polarity != 0 ? 1u : 0u));
+    append(out, words.data(), at);
 }
 
 void Evt3Encoder::encode(std::span<const Event2D> events, std::span<const EventTriggerIn> triggers,
                          std::vector<std::uint8_t>& out)
 {
     while (!events.empty() || !triggers.empty()) {
-        const bool triggerFirst
-            = !triggers.empty() && (events.empty() || triggers.front().timestamp <= events.front().timestamp);
-        if (triggerFirst) {
-            const EventTriggerIn& trigger = triggers.front();
-            encodeIdle(trigger.timestamp, out);
-            Writer writer(out, wordsPerEvent);
-            putTime(writer, started ? std::max(trigger.timestamp, time) : trigger.timestamp);
-            writer.put(Trigger,
-                       (static_cast<unsigned>(trigger.id & 0xF) << 8) | (trigger.polarity != 0 ? 1u : 0u));
+        if (!triggers.empty() && (events.empty() || triggers.front().timestamp <= events.front().timestamp)) {
+            putTrigger(triggers.front(), out);
             triggers = triggers.subspan(1);
             continue;
         }
-        std::size_t count = std::min(events.size(), pieceEvents);
-        const auto until = [&](std::uint64_t limit) {
-            const auto piece = events.first(count);
-            count = static_cast<std::size_t>(
-                std::partition_point(piece.begin(), piece.end(),
-                                     [limit](const Event2D& event) { return event.timestamp < limit; })
-                - piece.begin());
-        };
+        auto piece = events;
         if (!triggers.empty())
-            until(triggers.front().timestamp);
-        // A gap inside the piece gets its own time words: end the piece before it.
-        encodeIdle(events.front().timestamp, out);
-        for (std::size_t i = 1; i < count; ++i) {
-            if (events[i].timestamp > events[i - 1].timestamp + longestGap) {
-                count = i;
-                break;
-            }
+            piece = events.first(static_cast<std::size_t>(
+                std::partition_point(events.begin(), events.end(),
+                                     [limit = triggers.front().timestamp](const Event2D& event) {
+                                         return event.timestamp < limit;
+                                     })
+                - events.begin()));
+        while (!piece.empty()) {
+            putIdle(piece.front().timestamp, out);
+            const std::size_t done = putEvents(piece, out);
+            piece = piece.subspan(done);
+            events = events.subspan(done);
         }
-        Writer writer(out, count * wordsPerEvent);
-        putEvents(writer, events.first(count));
-        events = events.subspan(count);
     }
 }
 
-void Evt3Encoder::putEvents(Writer& writer, std::span<const Event2D> events)
+std::size_t Evt3Encoder::putEvents(std::span<const Event2D> events, std::vector<std::uint8_t>& out)
 {
-    const Event2D* const end = events.data() + events.size();
-    for (const Event2D* event = events.data(); event != end;) {
-        if (event->x >= geometry.width || event->y >= geometry.height) {
-            ++dropped;
+    std::array<std::uint16_t, pieceEvents * wordsPerEvent> words;
+    std::uint16_t* at = words.data();
+    const Event2D* event = events.data();
+    const Event2D* const end = event + std::min(events.size(), pieceEvents);
+    // Kept in registers: what is written through `at` might be a member for all the compiler knows.
+    std::uint64_t now = time;
+    std::uint64_t tick = highTime / highRepeat;
+    unsigned currentRow = row;
+    unsigned currentBase = base;
+    bool running = started;
+    std::uint64_t left = 0;
+    const unsigned width = geometry.width;
+    const unsigned height = geometry.height;
+    while (event != end) {
+        const std::uint64_t pixel = pixelOf(*event);
+        const auto x = static_cast<unsigned>(pixel & 0xFFFF);
+        const auto y = static_cast<unsigned>(pixel >> 16 & 0xFFFF);
+        if (x >= width || y >= height) {
+            ++left;
             ++event;
             continue;
         }
-        putTime(writer, started ? std::max(event->timestamp, time) : event->timestamp);
-        if (!hasRow || row != event->y) {
-            row = event->y;
-            hasRow = true;
-            writer.put(AddressY, row);
+        std::uint64_t moment = event->timestamp;
+        if ((moment / highRepeat != tick && moment > now) || !running) {
+            // The words of a gap come first, which the caller puts.
+            if (running && moment - highTime > longestGap)
+                break;
+            at = putTimeHigh(at, moment);
+            tick = moment / highRepeat;
         }
-        const Event2D* last = event + 1;
-        while (last != end && last->x > last[-1].x && last->x < geometry.width && last->y == row
-               && last->polarity == event->polarity && last->timestamp <= time)
-            ++last;
-        putRun(writer, event, last);
-        event = last;
-    }
-}
+        const unsigned polarity = (pixel >> 32) != 0 ? polarityBit : 0;
+        // Whether time and row change cannot be foreseen: their words are written in any case and kept where
+        // they are wanted.
+        moment = std::max(moment, now);
+        put(at, TimeLow, moment % highPeriod);
+        at += (moment != now) | !running;
+        now = moment;
+        running = true;
+        put(at, AddressY, y);
+        at += y != currentRow;
+        currentRow = y;
 
-void Evt3Encoder::putRun(Writer& writer, const Event2D* event, const Event2D* end)
-{
-    const unsigned polarity = event->polarity != 0 ? 1 : 0;
-    while (event != end) {
-        const unsigned x = event->x;
-        const unsigned first = x / tripleWidth * tripleWidth;
-        const bool atBase = hasBase && base == first && basePolarity == polarity;
-        if (end - event >= static_cast<std::ptrdiff_t>(worthWithoutBase)
-            && first + tripleWidth <= geometry.width) {
-            std::uint32_t mask = 0;
-            const Event2D* behind = event;
-            for (; behind != end && behind->x < first + tripleWidth; ++behind)
-                mask |= 1u << (behind->x - first);
-            if (behind - event >= static_cast<std::ptrdiff_t>(atBase ? worthWithoutBase : worthWithBase)) {
+        // Four events of one block of pixels may be worth vectors; mostly the fourth from here lies
+        // elsewhere.
+        if (end - event >= worthWithoutBase && (pixelOf(event[worthWithoutBase - 1]) ^ pixel) < tripleWidth) {
+            std::uint64_t previous = pixel;
+            std::uint32_t mask = 1u << x % tripleWidth;
+            const Event2D* behind = event + 1;
+            for (; behind != end && behind->timestamp <= now; ++behind) {
+                const std::uint64_t next = pixelOf(*behind);
+                if (next <= previous || (next ^ pixel) >= tripleWidth)
+                    break;
+                mask |= 1u << next % tripleWidth;
+                previous = next;
+            }
+            const unsigned first = x / tripleWidth * tripleWidth;
+            const bool atBase = currentBase == (polarity | first);
+            if (behind - event >= (atBase ? worthWithoutBase : worthWithBase)
+                && first + tripleWidth <= width) {
                 if (!atBase)
-                    writer.put(VectorBase, (polarity << 11) | first);
-                writer.put(Vector12, mask & 0xFFF);
-                writer.put(Vector12, (mask >> 12) & 0xFFF);
-                writer.put(Vector8, mask >> 24);
-                hasBase = true;
-                base = static_cast<std::uint16_t>(first + tripleWidth);
-                basePolarity = static_cast<std::uint8_t>(polarity);
+                    at = put(at, VectorBase, polarity | first);
+                at = put(at, Vector12, mask & 0xFFF);
+                at = put(at, Vector12, mask >> 12 & 0xFFF);
+                at = put(at, Vector8, mask >> 24);
+                currentBase = polarity | (first + tripleWidth);
                 event = behind;
                 continue;
             }
-            for (; event != behind; ++event)
-                writer.put(AddressX, (polarity << 11) | event->x);
-            continue;
         }
-        writer.put(AddressX, (polarity << 11) | x);
+        at = put(at, AddressX, polarity | x);
         ++event;
     }
+    const auto done = static_cast<std::size_t>(event - events.data());
+    time = now;
+    row = currentRow;
+    base = currentBase;
+    started = running;
+    dropped += left;
+    encoded += done - left;
+    append(out, words.data(), at);
+    return done;
 }
 
 } // namespace korvane::recording

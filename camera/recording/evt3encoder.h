@@ -4,7 +4,6 @@
 #include "camera/driver/eventtriggerin.h"
 #include "camera/recording/evtencoding.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -15,41 +14,54 @@ namespace korvane::recording {
 /// order.
 ///
 /// Runs of events with rising x and the same time, row and polarity become vectors where that is smaller:
-/// always whole 12-12-8 triples, which every reader understands, and never past the sensor's right edge. One
-/// thread.
+/// always whole 12-12-8 triples, which every reader understands, and never past the sensor's right edge. The
+/// first word is a time-high; they are repeated every 16 us while something happens, as cameras do, and every
+/// 4 s while nothing does, so that readers count the wraps of time. One thread.
 class Evt3Encoder
 {
 public:
+    /// Words name channels 0 to 15.
+    static constexpr int triggerChannels = 16;
+
     explicit Evt3Encoder(Geometry geometry);
 
     /// Appends the words for these events and triggers to `out`, merged by time; a trigger comes before the
     /// events of its microsecond. Times are microseconds from the stream's start; one that steps back, within
-    /// a call or from call to call, is held at the time before it. Events outside the sensor are dropped and
-    /// counted.
+    /// a call or from call to call, is held at the time before it. Events outside the sensor and triggers on
+    /// channels that no word can name are dropped and counted.
     void encode(std::span<const Event2D> events, std::span<const EventTriggerIn> triggers,
                 std::vector<std::uint8_t>& out);
-    /// Appends the time words of an idle stretch that lasts until `microseconds`.
-    void encodeIdle(std::uint64_t microseconds, std::vector<std::uint8_t>& out);
 
+    std::uint64_t encodedEvents() const { return encoded; }
     /// Events dropped because they lie outside the sensor.
     std::uint64_t droppedEvents() const { return dropped; }
+    /// Triggers dropped because no word can name their channel.
+    std::uint64_t droppedTriggers() const { return nameless; }
+
+    static bool canName(const EventTriggerIn& trigger)
+    {
+        return trigger.id >= 0 && trigger.id < triggerChannels;
+    }
 
 private:
-    class Writer;
-    void putTime(Writer& writer, std::uint64_t microseconds);
-    void putEvents(Writer& writer, std::span<const Event2D> events);
-    void putRun(Writer& writer, const Event2D* begin, const Event2D* end);
+    std::uint16_t* putTimeHigh(std::uint16_t* at, std::uint64_t microseconds);
+    void putIdle(std::uint64_t until, std::vector<std::uint8_t>& out);
+    void putTrigger(const EventTriggerIn& trigger, std::vector<std::uint8_t>& out);
+    /// Encodes events up to the first that comes after a gap in time; how many those are.
+    std::size_t putEvents(std::span<const Event2D> events, std::vector<std::uint8_t>& out);
 
     const Geometry geometry;
-    bool started = false;
-    bool hasRow = false;
-    bool hasBase = false;
-    std::uint8_t basePolarity = 0;
-    std::uint16_t row = 0;
-    std::uint16_t base = 0; ///< where the reader's vector base stands
-    std::uint64_t time = 0; ///< of the last time word, microseconds
+    std::uint64_t time = 0; ///< of the last time-low word, microseconds
     std::uint64_t highTime = 0; ///< when the last time-high word was written, microseconds
+    std::uint64_t encoded = 0;
     std::uint64_t dropped = 0;
+    std::uint64_t nameless = 0;
+    unsigned row = noRow;
+    unsigned base = noBase; ///< the vector base word that the reader's base stands at
+    bool started = false;
+
+    static constexpr unsigned noRow = 0xFFFF;
+    static constexpr unsigned noBase = 0xFFFF;
 };
 
 } // namespace korvane::recording

@@ -3,6 +3,7 @@
 #include "camera/recording/evtwords.h"
 #include "camera/recording/recordingcut.h"
 #include "camera/recording/streamprobe.h"
+#include "camera/recording/timehighscan.h"
 
 #include <QDebug>
 #include <QFileInfo>
@@ -327,20 +328,32 @@ DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::u
     if (duration == 0)
         return triggers;
     const std::uint64_t end = saturatedSum(start, duration - 1);
+    const auto words = body();
+    const auto& entries = index.entries();
     std::vector<EventTriggerIn> piece;
-    Cursor cursor(decoder, geometry, body(), index.entryForTriggers(asSigned(start)), &piece);
-    while (!cursor.atEnd() && cursor.state().triggerFloor <= asSigned(end)
-           && triggers->size() < maximumWindow) {
-        piece.clear();
-        cursor.next();
-        std::copy_if(piece.begin(), piece.end(), std::back_inserter(*triggers),
-                     [start, end](const EventTriggerIn& trigger) {
-                         return trigger.timestamp >= start && trigger.timestamp <= end;
-                     });
+    for (auto i = static_cast<std::size_t>(&index.entryForTriggers(asSigned(start)) - entries.data());
+         i < entries.size() && entries[i].state.triggerFloor <= asSigned(end); ++i) {
+        // Triggers are rare: what holds none is passed over at the speed of memory.
+        const std::uint64_t from = std::min<std::uint64_t>(entries[i].offset, words.size());
+        const std::uint64_t until = i + 1 < entries.size()
+            ? std::min<std::uint64_t>(entries[i + 1].offset, words.size())
+            : words.size();
+        if (!holdsTriggerWord(decoder.encoding(), words.subspan(from, until - from)))
+            continue;
+        Cursor cursor(decoder, geometry, words, entries[i], &piece);
+        while (!cursor.atEnd() && cursor.offset() < until && cursor.state().triggerFloor <= asSigned(end)
+               && triggers->size() < maximumWindow) {
+            piece.clear();
+            cursor.next(until);
+            std::copy_if(piece.begin(), piece.end(), std::back_inserter(*triggers),
+                         [start, end](const EventTriggerIn& trigger) {
+                             return trigger.timestamp >= start && trigger.timestamp <= end;
+                         });
+        }
+        meet(cursor.met());
     }
-    meet(cursor.met());
-    // A file that has shrunk ends before its own last time.
-    if (triggers->empty() && cursor.atEnd() && cursor.state().eventFloor < asSigned(start))
+    // A file that has shrunk may end before `start`.
+    if (triggers->empty() && shrunk && !streamEvents(start, start, [](auto) { return true; }))
         return nullptr;
     return triggers;
 }

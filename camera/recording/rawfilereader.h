@@ -55,6 +55,8 @@ public:
     Geometry sensorGeometry() const { return geometry; }
     const RawHeader& fileHeader() const { return header; }
     const RecordingIndex& recordingIndex() const { return index; }
+    /// Whether the file has been found shorter than it was when it was loaded.
+    bool hasShrunk() const { return shrunk; }
     /// What has been met in the words so far, by the scan and by decoding.
     EvtCounts metCounts() const;
 

@@ -1,18 +1,29 @@
 #include "camera/recording/recorder.h"
 
+#include "camera/recording/newfile.h"
 #include "camera/recording/recordingpath.h"
+#include "camera/recording/recordingwriter.h"
 
 #include <QDebug>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
+#include <exception>
 #include <utility>
 
 namespace korvane::recording {
 
-Recorder::Recorder(Geometry sensor, std::string serialNumber, OpenDevice open)
-    : geometry(sensor), serial(std::move(serialNumber)), openDevice(std::move(open))
+namespace {
+
+std::string toLocal(const QString& text)
+{
+    return text.toLocal8Bit().toStdString();
+}
+
+} // namespace
+
+Recorder::Recorder(Geometry sensor, std::string serialNumber, OpenFile open)
+    : geometry(sensor), serial(std::move(serialNumber)), openFile(std::move(open))
 {
 }
 
@@ -21,65 +32,72 @@ Recorder::~Recorder()
     stop();
 }
 
-std::unique_ptr<QIODevice> Recorder::openNewFile(const QString& path, QString& error)
+std::unique_ptr<OutputFile> Recorder::openNewFile(const QString& path, QString& error, bool& taken)
 {
-    auto file = std::make_unique<QFile>(path);
-    if (!file->open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
-        error = file->errorString();
-        return nullptr;
-    }
-    return file;
+    auto file = std::make_unique<NewFile>();
+    if (file->open(path))
+        return file;
+    error = file->errorString();
+    taken = file->isTaken();
+    return nullptr;
 }
 
 void Recorder::fail(const QString& path, const QString& reason)
 {
     qWarning().noquote().nospace() << path << ": cannot be recorded: " << reason;
     const std::lock_guard lock(mutex);
-    recorderState = {false, path.toLocal8Bit().toStdString(), reason.toLocal8Bit().toStdString()};
+    recorderState = {false, toLocal(path), toLocal(reason)};
 }
 
 void Recorder::start(const std::string& path)
 {
     stop();
     const QString wanted = QString::fromLocal8Bit(path.c_str());
+    if (QFileInfo(wanted).fileName().isEmpty()) {
+        fail(wanted, QStringLiteral("the file has no name"));
+        return;
+    }
     if (!QDir().mkpath(QFileInfo(wanted).path())) {
         fail(wanted, QStringLiteral("the folder cannot be made"));
         return;
     }
-    const QString free = freeRecordingPath(wanted);
+    QString free;
     QString error;
-    auto device = openDevice(free, error);
-    if (!device) {
+    std::unique_ptr<OutputFile> file;
+    // Somebody else may take the name between the look and the opening: then look again.
+    constexpr int attempts = 100;
+    bool taken = true;
+    for (int attempt = 0; attempt < attempts && taken && !file; ++attempt) {
+        taken = false;
+        free = freeRecordingPath(wanted);
+        file = openFile(free, error, taken);
+    }
+    if (!file) {
         fail(free, error);
         return;
     }
-    auto started = std::make_shared<RecordingWriter>(
-        std::move(device), RecordingHead{geometry, serial, QDateTime::currentDateTime()});
-    const std::lock_guard lock(mutex);
-    writer = std::move(started);
-    recorderState = {true, free.toLocal8Bit().toStdString(), {}};
+    try {
+        auto started = std::make_shared<RecordingWriter>(std::move(file), headOfNow(geometry, serial), free);
+        const std::lock_guard lock(mutex);
+        writer = std::move(started);
+        recorderState = {true, toLocal(free), {}};
+    } catch (const std::exception& exception) {
+        fail(free, QString::fromLocal8Bit(exception.what()));
+    }
 }
 
 void Recorder::stop()
 {
     std::shared_ptr<RecordingWriter> ended;
-    QString path;
     {
         const std::lock_guard lock(mutex);
         ended = std::exchange(writer, nullptr);
         recorderState.writing = false;
-        path = QString::fromLocal8Bit(recorderState.path.c_str());
     }
-    if (!ended)
+    if (!ended || ended->finish())
         return;
-    if (!ended->finish()) {
-        const std::lock_guard lock(mutex);
-        recorderState.error = ended->error().toLocal8Bit().toStdString();
-    } else if (ended->eventsWritten() == 0) {
-        qInfo().noquote().nospace() << path
-                                    << ": no event came while it was recorded; the empty file is removed";
-        QFile::remove(path);
-    }
+    const std::lock_guard lock(mutex);
+    recorderState.error = toLocal(ended->error());
 }
 
 std::shared_ptr<RecordingWriter> Recorder::current() const
@@ -88,10 +106,10 @@ std::shared_ptr<RecordingWriter> Recorder::current() const
     return writer;
 }
 
-void Recorder::push(const Event2D* begin, const Event2D* end)
+void Recorder::push(std::span<const Event2D> events, std::span<const EventTriggerIn> triggers)
 {
     if (const auto running = current())
-        running->push({begin, end});
+        running->push(events, triggers);
 }
 
 RecorderState Recorder::state() const
@@ -100,7 +118,7 @@ RecorderState Recorder::state() const
     RecorderState state = recorderState;
     if (writer && writer->failed()) {
         state.writing = false;
-        state.error = writer->error().toLocal8Bit().toStdString();
+        state.error = toLocal(writer->error());
     }
     return state;
 }

@@ -1,151 +1,167 @@
 #include "camera/recording/recordingcut.h"
 
 #include "camera/recording/evt3encoder.h"
+#include "camera/recording/newfile.h"
 #include "camera/recording/rawfilereader.h"
+#include "camera/recording/recordingheader.h"
 #include "camera/recording/recordingpath.h"
-#include "camera/recording/recordingwriter.h"
+#include "camera/recording/verifyingwriter.h"
 
-#include <QDateTime>
-#include <QFile>
+#include <QDebug>
+#include <QFileInfo>
 
 #include <algorithm>
+#include <exception>
+#include <utility>
 
 namespace korvane::recording {
 
 namespace {
 
-constexpr std::size_t pieceBytes = 1024 * 1024;
+/// Events of a block: small enough for the processor's second cache, large enough that handing it to another
+/// thread costs nothing.
+constexpr std::size_t blockEvents = 16 * 1024;
 
-/// A file that goes with this object unless it was kept.
+/// A file beside the target that goes with this object unless it was kept.
 class TemporaryFile
 {
 public:
-    explicit TemporaryFile(const QString& beside) : file(beside + QStringLiteral(".part"))
+    explicit TemporaryFile(const QString& beside)
     {
-        for (int i = 1;
-             !(opened = file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
-             && file.exists() && i < 100;
-             ++i)
-            file.setFileName(beside + QStringLiteral(".part%1").arg(i));
+        constexpr int attempts = 100;
+        path = beside + QStringLiteral(".part");
+        for (int i = 1; !(opened = newFile.open(path)) && newFile.isTaken() && i < attempts; ++i)
+            path = beside + QStringLiteral(".part%1").arg(i);
     }
     ~TemporaryFile()
     {
         if (opened && !kept)
-            file.remove();
+            newFile.discard();
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     bool isOpen() const { return opened; }
-    QString errorString() const { return file.errorString(); }
-    QString name() const { return file.fileName(); }
-    bool write(const char* bytes, std::size_t size)
-    {
-        return file.write(bytes, static_cast<qint64>(size)) == static_cast<qint64>(size);
-    }
-    void close() { file.close(); }
+    const QString& name() const { return path; }
+    NewFile& file() { return newFile; }
     void keep() { kept = true; }
 
 private:
-    QFile file;
+    NewFile newFile;
+    QString path;
     bool opened = false;
     bool kept = false;
 };
 
-/// The triggers of a range, handed out piece by piece beside its events.
-class TriggerQueue
+/// Makes blocks of a recording's events and triggers and hands them to the writer.
+class BlockMaker
 {
 public:
-    explicit TriggerQueue(DvsFileReader::Triggers all) : triggers(std::move(all)) {}
-    /// Those not handed out yet, up to this time.
-    std::span<const EventTriggerIn> until(std::uint64_t time)
+    BlockMaker(Geometry geometry, std::span<const EventTriggerIn> all, VerifyingWriter& target)
+        : encoder(geometry), triggers(all), writer(target), block(writer.emptyBlock())
     {
-        const auto rest = remaining();
-        const auto last
-            = std::partition_point(rest.begin(), rest.end(), [time](const EventTriggerIn& trigger) {
-                  return trigger.timestamp <= time;
-              });
-        const auto count = static_cast<std::size_t>(last - rest.begin());
-        next += count;
-        return rest.first(count);
+        block.events.reserve(blockEvents);
     }
-    std::span<const EventTriggerIn> remaining() const
+
+    bool add(std::span<const Event2D> events)
     {
-        return triggers ? std::span<const EventTriggerIn>(*triggers).subspan(next)
-                        : std::span<const EventTriggerIn>();
+        while (!events.empty()) {
+            const std::size_t count = std::min(events.size(), blockEvents - block.events.size());
+            block.events.insert(block.events.end(), events.begin(),
+                                events.begin() + static_cast<std::ptrdiff_t>(count));
+            events = events.subspan(count);
+            if (block.events.size() == blockEvents && !handOn(block.events.back().timestamp))
+                return false;
+        }
+        return true;
     }
+    bool finish() { return handOn(~std::uint64_t(0)); }
+
+    const Evt3Encoder& words() const { return encoder; }
+    std::uint64_t events() const { return total; }
 
 private:
-    DvsFileReader::Triggers triggers;
-    std::size_t next = 0;
+    /// Completes the block with the triggers up to a time.
+    bool handOn(std::uint64_t time)
+    {
+        const auto behind
+            = std::partition_point(triggers.begin(), triggers.end(), [time](const EventTriggerIn& trigger) {
+                  return trigger.timestamp <= time;
+              });
+        const auto now = triggers.first(static_cast<std::size_t>(behind - triggers.begin()));
+        triggers = triggers.subspan(now.size());
+        encoder.encode(block.events, now, block.bytes);
+        std::copy_if(now.begin(), now.end(), std::back_inserter(block.triggers), Evt3Encoder::canName);
+        total += block.events.size();
+        const bool wanted = writer.put(std::exchange(block, {}));
+        if (wanted)
+            block = writer.emptyBlock();
+        return wanted;
+    }
+
+    Evt3Encoder encoder;
+    std::span<const EventTriggerIn> triggers;
+    VerifyingWriter& writer;
+    VerifyingWriter::Block block;
+    std::uint64_t total = 0;
 };
 
-bool sameTriggers(RawFileReader& source, RawFileReader& copy, std::uint64_t start, std::uint64_t end,
-                  std::uint64_t shift)
+bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QString& path, QString& error)
 {
-    const auto wanted = source.getTriggersAt(start, end - start + 1);
-    const auto got = copy.getTriggersAt(0, end - shift + 1);
-    return wanted && got
-        && std::equal(wanted->begin(), wanted->end(), got->begin(), got->end(),
-                      [shift](const EventTriggerIn& a, const EventTriggerIn& b) {
-                          return a.timestamp == b.timestamp + shift && a.id == b.id
-                              && a.polarity == b.polarity;
-                      });
-}
-
-/// Reads the copy back and compares it with the source, each counted from its own first event.
-bool isTrueCopy(RawFileReader& source, const QString& path, std::uint64_t start, std::uint64_t end,
-                QString& error)
-{
-    const auto copy = RawFileReader::open(path.toLocal8Bit().toStdString(), error);
-    if (!copy || !copy->loadFile()) {
-        error = QStringLiteral("what was written cannot be read back");
+    std::uint64_t lastTime = 0;
+    source.getEndTimestamp(lastTime);
+    if (start > end || start > lastTime) {
+        error = QStringLiteral("the range lies outside the recording");
         return false;
     }
-    std::uint64_t copyEnd = 0;
-    copy->getEndTimestamp(copyEnd);
-    std::uint64_t shift = 0;
-    bool first = true;
-    bool same = true;
-    // The copy is asked for the events of the same time span as each piece of the source. Pieces may part the
-    // events of one microsecond: those at a piece's last microsecond wait for the next one.
-    std::vector<Event2D> waiting;
-    std::vector<Event2D> incoming;
-    std::uint64_t from = 0;
-    const auto compareUntil = [&](std::uint64_t until) {
-        const auto got = copy->getEventsAt(from, until - from + 1);
-        same = got
-            && std::equal(waiting.begin(), waiting.end(), got->begin(), got->end(),
-                          [shift](const Event2D& a, const Event2D& b) {
-                              return a.timestamp == b.timestamp + shift && a.x == b.x && a.y == b.y
-                                  && a.polarity == b.polarity;
-                          });
-        from = until + 1;
-        waiting.clear();
-        return same;
-    };
-    source.streamEvents(start, end, [&](std::span<const Event2D> piece) {
-        if (first) {
-            std::uint64_t copyStart = 0;
-            copy->getStartTimestamp(copyStart);
-            shift = piece.front().timestamp - copyStart;
-            first = false;
-        }
-        // Reading the copy on this thread reuses the memory that the piece stands in.
-        incoming.assign(piece.begin(), piece.end());
-        constexpr std::size_t compared = 64 * 1024;
-        if (waiting.size() >= compared && incoming.front().timestamp > waiting.back().timestamp
-            && !compareUntil(waiting.back().timestamp - shift))
+    end = std::min(end, lastTime);
+    if (QFileInfo(path).fileName().isEmpty()) {
+        error = QStringLiteral("the file has no name");
+        return false;
+    }
+    TemporaryFile temporary(path);
+    if (!temporary.isOpen()) {
+        error = temporary.file().errorString();
+        return false;
+    }
+    const Geometry geometry = source.sensorGeometry();
+    const auto triggers = source.getTriggersAt(start, end - start + 1);
+    std::uint64_t events = 0;
+    {
+        VerifyingWriter writer(temporary.file(), temporary.name(),
+                               recordingHeader(headOfCopy(source.fileHeader(), geometry)), geometry);
+        BlockMaker blocks(geometry,
+                          triggers ? std::span<const EventTriggerIn>(*triggers)
+                                   : std::span<const EventTriggerIn>(),
+                          writer);
+        source.streamEvents(start, end,
+                            [&blocks](std::span<const Event2D> piece) { return blocks.add(piece); });
+        blocks.finish();
+        if (!writer.finish()) {
+            error = writer.errorString();
             return false;
-        waiting.insert(waiting.end(), incoming.begin(), incoming.end());
-        return true;
-    });
-    same = same && !waiting.empty() && waiting.back().timestamp - shift == copyEnd && compareUntil(copyEnd);
-    if (same)
-        same = sameTriggers(source, *copy, start, end, shift);
-    if (!same)
-        error = QStringLiteral("what was written differs from the recording");
-    return same;
+        }
+        events = blocks.events();
+        if (const auto nameless = blocks.words().droppedTriggers(); nameless > 0)
+            qInfo().noquote().nospace()
+                << path << ": " << nameless << " triggers on channels that EVT 3.0 cannot name are left out";
+    }
+    if (source.hasShrunk()) {
+        error = QStringLiteral("the recording has shrunk since it was opened");
+        return false;
+    }
+    if (events == 0) {
+        error = QStringLiteral("the range holds no event");
+        return false;
+    }
+    if (!temporary.file().close()) {
+        error = temporary.file().errorString();
+        return false;
+    }
+    if (renameToFree(temporary.name(), path, error).isEmpty())
+        return false;
+    temporary.keep();
+    return true;
 }
 
 } // namespace
@@ -153,56 +169,12 @@ bool isTrueCopy(RawFileReader& source, const QString& path, std::uint64_t start,
 bool cutRecording(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QString& path,
                   QString& error)
 {
-    std::uint64_t firstTime = 0;
-    std::uint64_t lastTime = 0;
-    source.getStartTimestamp(firstTime);
-    source.getEndTimestamp(lastTime);
-    end = std::min(end, lastTime);
-    if (start > end) {
-        error = QStringLiteral("the range lies outside the recording");
+    try {
+        return cut(source, start, end, path, error);
+    } catch (const std::exception& exception) {
+        error = QString::fromLocal8Bit(exception.what());
         return false;
     }
-    TemporaryFile file(path);
-    if (!file.isOpen()) {
-        error = file.errorString();
-        return false;
-    }
-    const QByteArray header = recordingHeader(
-        {source.sensorGeometry(), source.fileHeader().serial, QDateTime::currentDateTime()});
-    std::vector<std::uint8_t> bytes(header.begin(), header.end());
-    const auto flush = [&file, &bytes] {
-        const bool written = file.write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        bytes.clear();
-        return written;
-    };
-
-    Evt3Encoder encoder(source.sensorGeometry());
-    TriggerQueue triggers(source.getTriggersAt(start, end - start + 1));
-    bool written = true;
-    std::uint64_t events = 0;
-    source.streamEvents(start, end, [&](std::span<const Event2D> piece) {
-        encoder.encode(piece, triggers.until(piece.back().timestamp), bytes);
-        events += piece.size();
-        written = bytes.size() < pieceBytes || flush();
-        return written;
-    });
-    encoder.encode({}, triggers.remaining(), bytes);
-    written = written && flush();
-    if (!written) {
-        error = file.errorString();
-        return false;
-    }
-    if (events == 0) {
-        error = QStringLiteral("the range holds no event");
-        return false;
-    }
-    file.close();
-    if (!isTrueCopy(source, file.name(), start, end, error))
-        return false;
-    if (renameToFree(file.name(), path, error).isEmpty())
-        return false;
-    file.keep();
-    return true;
 }
 
 } // namespace korvane::recording

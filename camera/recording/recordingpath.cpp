@@ -4,34 +4,77 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace korvane::recording {
+
+namespace {
+
+// From linux/fs.h, which other headers of the system contradict.
+constexpr unsigned noReplace = 1;
+
+bool exists(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
+} // namespace
 
 QString freeRecordingPath(const QString& path)
 {
-    const QFileInfo wanted(path);
-    const QDir folder = wanted.dir();
-    const QString base = wanted.completeBaseName();
-    const auto taken = [&folder](const QString& name) {
-        return folder.exists(name + QStringLiteral(".raw")) || folder.exists(name + QStringLiteral(".mp4"));
+    const QString suffix = QFileInfo(path).suffix();
+    const bool known = suffix.compare(QLatin1String("raw"), Qt::CaseInsensitive) == 0
+        || suffix.compare(QLatin1String("mp4"), Qt::CaseInsensitive) == 0;
+    const QString ending = known ? QLatin1Char('.') + suffix : QString();
+    const QString base = path.chopped(ending.size());
+    const auto taken = [&ending](const QString& name) {
+        return exists(name + QStringLiteral(".raw")) || exists(name + QStringLiteral(".mp4"))
+            || exists(name + ending);
     };
     QString name = base;
     for (int i = 1; taken(name); ++i)
         name = base + QLatin1Char('-') + QString::number(i);
-    return folder.filePath(name + QLatin1Char('.') + wanted.suffix());
+    return name + ending;
+}
+
+int renameNoReplace(const QString& from, const QString& to, RenameBy method)
+{
+    const QByteArray old = QFile::encodeName(from);
+    const QByteArray wanted = QFile::encodeName(to);
+    if (method == RenameBy::Link) {
+        if (link(old.constData(), wanted.constData()) != 0)
+            return errno;
+        unlink(old.constData());
+        return 0;
+    }
+    // By its number: older C libraries have no function for it.
+    return syscall(SYS_renameat2, AT_FDCWD, old.constData(), AT_FDCWD, wanted.constData(), noReplace) == 0
+        ? 0
+        : errno;
 }
 
 QString renameToFree(const QString& temporary, const QString& wanted, QString& error)
 {
-    QFile file(temporary);
+    RenameBy method = RenameBy::Kernel;
+    int code = EEXIST;
     // Somebody else may take the name between the look and the rename: then look again.
-    for (int attempt = 0; attempt < 100; ++attempt) {
+    for (int attempt = 0; attempt < 100 && code == EEXIST; ++attempt) {
         QString path = freeRecordingPath(wanted);
-        if (file.rename(path))
+        code = renameNoReplace(temporary, path, method);
+        if (code == EINVAL || code == ENOSYS || code == ENOTSUP) {
+            method = RenameBy::Link;
+            code = renameNoReplace(temporary, path, method);
+        }
+        if (code == 0)
             return path;
-        if (!QFile::exists(path))
-            break;
     }
-    error = file.errorString();
+    error = QString::fromStdString(std::generic_category().message(code));
     return {};
 }
 

@@ -1,6 +1,8 @@
 #include "camera/recording/recordingwriter.h"
 
-#include <chrono>
+#include <QDebug>
+
+#include <exception>
 #include <utility>
 
 namespace korvane::recording {
@@ -11,31 +13,18 @@ namespace {
 /// second.
 constexpr std::size_t pieceBytes = 1024 * 1024;
 constexpr auto flushPeriod = std::chrono::milliseconds(500);
+/// The least that an event takes behind a header: time-high, time-low, row and column.
+constexpr std::uint64_t leastEventBytes = 8;
 /// Batches kept for reuse.
 constexpr std::size_t spareBatches = 16;
 
 } // namespace
 
-QByteArray recordingHeader(const RecordingHead& head)
+RecordingWriter::RecordingWriter(std::unique_ptr<OutputFile> target, const RecordingHead& head,
+                                 QString fileName)
+    : name(std::move(fileName)), file(std::move(target)), encoder(head.geometry),
+      bytes(recordingHeader(head)), headerBytes(bytes.size())
 {
-    const QByteArray width = QByteArray::number(head.geometry.width);
-    const QByteArray height = QByteArray::number(head.geometry.height);
-    QByteArray header;
-    header += "% date " + head.date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toLatin1() + '\n';
-    header += "% evt 3.0\n";
-    header += "% format EVT3;height=" + height + ";width=" + width + '\n';
-    header += "% geometry " + width + 'x' + height + '\n';
-    if (!head.serial.empty())
-        header += "% serial_number " + QByteArray::fromStdString(head.serial) + '\n';
-    header += "% end\n";
-    return header;
-}
-
-RecordingWriter::RecordingWriter(std::unique_ptr<QIODevice> target, const RecordingHead& head)
-    : device(std::move(target)), encoder(head.geometry)
-{
-    const QByteArray header = recordingHeader(head);
-    bytes.assign(header.begin(), header.end());
     thread = std::thread([this] { run(); });
 }
 
@@ -48,20 +37,28 @@ void RecordingWriter::push(std::span<const Event2D> events, std::span<const Even
 {
     if (events.empty() && triggers.empty())
         return;
-    std::unique_lock lock(mutex);
-    taken.wait(lock, [this] { return queued < queueEvents || closing || failure; });
-    if (closing || failure)
-        return;
     Batch batch;
-    if (!spare.empty()) {
-        batch = std::move(spare.back());
-        spare.pop_back();
+    {
+        std::unique_lock lock(mutex);
+        taken.wait(lock, [this] { return queued < queueRecords || closing || failure; });
+        if (closing || failure)
+            return;
+        if (!spare.empty()) {
+            batch = std::move(spare.back());
+            spare.pop_back();
+        }
     }
-    batch.events.assign(events.begin(), events.end());
-    batch.triggers.assign(triggers.begin(), triggers.end());
-    queued += events.size();
-    queue.push_back(std::move(batch));
-    lock.unlock();
+    try {
+        batch.events.assign(events.begin(), events.end());
+        batch.triggers.assign(triggers.begin(), triggers.end());
+        const std::lock_guard lock(mutex);
+        if (closing || failure)
+            return;
+        queued += batch.size();
+        queue.push_back(std::move(batch));
+    } catch (const std::exception& exception) {
+        fail(QString::fromLocal8Bit(exception.what()));
+    }
     pushed.notify_one();
 }
 
@@ -88,63 +85,91 @@ void RecordingWriter::fail(const QString& why)
 {
     {
         const std::lock_guard lock(mutex);
+        if (failure)
+            return;
         reason = why;
         failure = true;
     }
+    pushed.notify_all();
     taken.notify_all();
+    qWarning().noquote().nospace() << name << ": the recording ends: " << why;
 }
 
 bool RecordingWriter::flush()
 {
-    const auto size = static_cast<qint64>(bytes.size());
-    qint64 done = 0;
-    while (done < size) {
-        const qint64 step = device->write(reinterpret_cast<const char*>(bytes.data()) + done, size - done);
-        if (step <= 0) {
-            fail(device->errorString());
-            return false;
-        }
-        done += step;
-    }
+    const bool written = file->write(bytes);
     bytes.clear();
-    written += std::exchange(encodedEvents, 0);
+    if (!written)
+        fail(file->errorString());
+    return written;
+}
+
+bool RecordingWriter::take(Batch& batch, std::chrono::steady_clock::time_point until)
+{
+    {
+        std::unique_lock lock(mutex);
+        if (batch.size() > 0 && spare.size() < spareBatches)
+            spare.push_back(std::move(batch));
+        batch = {};
+        pushed.wait_until(lock, until, [this] { return !queue.empty() || closing || failure; });
+        if (failure || (queue.empty() && closing))
+            return false;
+        if (!queue.empty()) {
+            batch = std::move(queue.front());
+            queue.pop_front();
+            queued -= batch.size();
+        }
+    }
+    taken.notify_one();
     return true;
+}
+
+void RecordingWriter::write()
+{
+    // The header stands in the file at once: whoever looks finds a recording, and a full disk is told early.
+    if (!flush())
+        return;
+    auto lastFlush = std::chrono::steady_clock::now();
+    Batch batch;
+    while (take(batch, lastFlush + flushPeriod)) {
+        encoder.encode(batch.events, batch.triggers, bytes);
+        const auto now = std::chrono::steady_clock::now();
+        if (bytes.size() >= pieceBytes || now - lastFlush >= flushPeriod) {
+            if (!flush())
+                return;
+            lastFlush = now;
+        }
+    }
+    // An error of the pushing side leaves what came before it.
+    flush();
+}
+
+void RecordingWriter::end()
+{
+    if (encoder.encodedEvents() == 0 || file->size() < headerBytes + leastEventBytes) {
+        qInfo().noquote().nospace() << name
+                                    << ": no event came while it was recorded; the empty file is removed";
+        file->discard();
+        return;
+    }
+    if (!file->close())
+        fail(file->errorString());
+    if (encoder.droppedEvents() > 0)
+        qInfo().noquote().nospace() << name << ": " << encoder.droppedEvents()
+                                    << " events outside the sensor are left out";
+    if (encoder.droppedTriggers() > 0)
+        qInfo().noquote().nospace() << name << ": " << encoder.droppedTriggers()
+                                    << " triggers on channels that cannot be named are left out";
 }
 
 void RecordingWriter::run()
 {
-    auto lastFlush = std::chrono::steady_clock::now();
-    bool more = true;
-    while (more && !failure) {
-        Batch batch;
-        {
-            std::unique_lock lock(mutex);
-            pushed.wait_until(lock, lastFlush + flushPeriod, [this] { return !queue.empty() || closing; });
-            if (!queue.empty()) {
-                batch = std::move(queue.front());
-                queue.pop_front();
-                queued -= batch.events.size();
-            }
-            more = !closing || !queue.empty();
-        }
-        taken.notify_one();
-        encoder.encode(batch.events, batch.triggers, bytes);
-        encodedEvents += batch.events.size();
-        {
-            const std::lock_guard lock(mutex);
-            if (spare.size() < spareBatches)
-                spare.push_back(std::move(batch));
-        }
-        const auto now = std::chrono::steady_clock::now();
-        if (bytes.size() >= pieceBytes || now - lastFlush >= flushPeriod) {
-            if (!flush())
-                break;
-            lastFlush = now;
-        }
+    try {
+        write();
+    } catch (const std::exception& exception) {
+        fail(QString::fromLocal8Bit(exception.what()));
     }
-    if (!failure)
-        flush();
-    device->close();
+    end();
 }
 
 } // namespace korvane::recording

@@ -40,6 +40,15 @@ template <typename Word>
     return at;
 }
 
+/// Looks for a type only: no value is the current one.
+template <typename Word>
+bool holdsType(std::span<const std::uint8_t> bytes, Word mask, Word tag)
+{
+    const auto* const words = reinterpret_cast<const Word*>(bytes.data());
+    const std::size_t count = bytes.size() / sizeof(Word);
+    return findTimeHighChange(words, count, TimeHighPattern<Word>{mask, tag, 0, 1}) < count;
+}
+
 } // namespace
 
 KORVANE_CLONES
@@ -61,6 +70,22 @@ std::size_t findTimeHighChange(const std::uint64_t* words, std::size_t count,
                                TimeHighPattern<std::uint64_t> pattern)
 {
     return findIn(words, count, pattern);
+}
+
+bool holdsTriggerWord(EvtEncoding encoding, std::span<const std::uint8_t> words)
+{
+    switch (encoding) {
+    case EvtEncoding::Evt2:
+        return holdsType<std::uint32_t>(words, 0xF0000000u, 0xA0000000u);
+    case EvtEncoding::Evt21:
+        return holdsType<std::uint64_t>(words, 0xFull << 60, 0xAull << 60);
+    case EvtEncoding::Evt21Legacy:
+        // The half with the type comes first.
+        return holdsType<std::uint64_t>(words, 0xF0000000u, 0xA0000000u);
+    case EvtEncoding::Evt3:
+        break;
+    }
+    return holdsType<std::uint16_t>(words, 0xF000, 0xA000);
 }
 
 } // namespace korvane::recording

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "camera/recording/evtencoding.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace korvane::recording {
 
@@ -23,5 +26,8 @@ std::size_t findTimeHighChange(const std::uint32_t* words, std::size_t count,
                                TimeHighPattern<std::uint32_t> pattern);
 std::size_t findTimeHighChange(const std::uint64_t* words, std::size_t count,
                                TimeHighPattern<std::uint64_t> pattern);
+
+/// Whether any of these words is a trigger. At the speed of memory too.
+bool holdsTriggerWord(EvtEncoding encoding, std::span<const std::uint8_t> words);
 
 } // namespace korvane::recording

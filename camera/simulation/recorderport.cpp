@@ -23,7 +23,7 @@ void RecorderPort::deliver(const StreamStep& step)
         if (sink)
             sink->onEvents(events.data(), events.data() + events.size());
     }
-    recorder.push(events.data(), events.data() + events.size());
+    recorder.push(events, step.triggers);
 }
 
 } // namespace korvane::simulation

@@ -375,6 +375,71 @@ TEST_F(RealRecordings, DamagedCopiesAreReadAsTheReferenceReadsThem)
     EXPECT_GT(std::int64_t(loaded), allFiles().size());
 }
 
+/// The records with start <= time <= end, their times counted from `base`.
+template <typename Records>
+Records range(const Records& all, std::uint64_t start, std::uint64_t end, std::uint64_t base)
+{
+    Records found;
+    for (auto record : all) {
+        if (record.timestamp < start || record.timestamp > end)
+            continue;
+        record.timestamp -= base;
+        found.push_back(record);
+    }
+    return found;
+}
+
+TEST_F(RealRecordings, AreCutWithoutLoss)
+{
+    const TemporaryRecordings cuts;
+    for (const QString& name : allFiles()) {
+        SCOPED_TRACE(name.toStdString());
+        const auto whole = openNamed(name);
+        if (!whole)
+            continue;
+        RandomStreams random(whole->events.size());
+        const std::uint64_t last = whole->events.back().timestamp;
+        // All of it, then a part, then a part of that part.
+        std::uint64_t start = 0;
+        std::uint64_t end = last;
+        RawFileReader* source = whole->reader;
+        std::uint64_t ahead = 0; // of the source's times are the recording's
+        std::vector<std::unique_ptr<RawFileReader>> owners;
+        for (int i = 0; i < 3; ++i) {
+            const auto wanted = range(whole->events, start, end, 0);
+            const std::string path = cuts.path(std::to_string(i) + ".raw");
+            ASSERT_EQ(source->cutFile(start - std::min(start, ahead), end - ahead, path), !wanted.empty());
+            if (wanted.empty())
+                break;
+            owners.push_back(TemporaryRecordings::load(path));
+            ASSERT_TRUE(owners.back());
+            RawFileReader& cut = *owners.back();
+            std::uint64_t first = 0;
+            cut.getStartTimestamp(first);
+            const std::uint64_t base = wanted.front().timestamp - first;
+            EXPECT_EQ(*cut.getEventsAt(0, endless), range(whole->events, start, end, base));
+            auto triggers = range(whole->triggers, start, end, base);
+            std::erase_if(triggers, [](const EventTriggerIn& trigger) { return trigger.id > 15; });
+            EXPECT_EQ(*cut.getTriggersAt(0, endless), triggers);
+            EXPECT_EQ(cut.sensorGeometry(), whole->reader->sensorGeometry());
+            const auto judged
+                = reference::decode(EvtEncoding::Evt3,
+                                    std::span<const std::uint8_t>(contentOf(QString::fromStdString(path)))
+                                        .subspan(cut.fileHeader().bodyOffset),
+                                    cut.sensorGeometry());
+            EXPECT_EQ(judged.events, *cut.getEventsAt(0, endless));
+            EXPECT_EQ(judged.triggers, triggers);
+            EXPECT_EQ(judged.counts, EvtCounts());
+
+            source = &cut;
+            ahead = base;
+            start = wanted[random.below(wanted.size())].timestamp;
+            end = start + random.below(wanted.back().timestamp - start + 1);
+            QFile::remove(QString::fromStdString(path));
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)

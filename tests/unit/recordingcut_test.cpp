@@ -1,7 +1,11 @@
 #include "camera/recording/recordingcut.h"
 
 #include "camera/recording/rawfilereader.h"
+#include "camera/recording/recordingheader.h"
+#include "camera/recording/verifyingwriter.h"
 #include "tests/support/capturedmessages.h"
+#include "tests/support/filesizelimit.h"
+#include "tests/support/referencedecoder.h"
 #include "tests/support/temporaryrecordings.h"
 
 #include <QDir>
@@ -78,6 +82,38 @@ protected:
         return counted(from, 0, last);
     }
 
+    static std::uint64_t startOf(RawFileReader& from)
+    {
+        std::uint64_t first = 0;
+        from.getStartTimestamp(first);
+        return first;
+    }
+
+    /// Triggers, their times counted from `base`, which they may come before.
+    static std::vector<EventTriggerIn> triggersOf(RawFileReader& from, std::uint64_t first,
+                                                  std::uint64_t last, std::uint64_t base)
+    {
+        auto triggers = *from.getTriggersAt(first, last - first + 1);
+        for (EventTriggerIn& trigger : triggers)
+            trigger.timestamp -= base;
+        return triggers;
+    }
+
+    /// Cuts into a path that cannot be had; the reason.
+    QString reasonOfFailure(std::uint64_t from, std::uint64_t to, const std::string& path)
+    {
+        const CapturedMessages messages;
+        EXPECT_FALSE(reader->cutFile(from, to, path));
+        EXPECT_EQ(others(), QStringList());
+        const QStringList lines = messages.warnings();
+        if (lines.size() != 1)
+            return QStringLiteral("%1 lines").arg(lines.size());
+        const QString prefix = QString::fromStdString(path) + QStringLiteral(": cannot be cut from ")
+            + QString::fromStdString(source) + QStringLiteral(": ");
+        EXPECT_TRUE(lines[0].startsWith(prefix)) << lines[0].toStdString();
+        return lines[0].mid(prefix.size());
+    }
+
     TemporaryRecordings recordings;
     std::string source;
     std::unique_ptr<RawFileReader> reader;
@@ -101,10 +137,8 @@ TEST_F(RecordingCut, HoldsExactlyTheEventsAndTriggersOfTheRange)
         const auto cut = TemporaryRecordings::load(path);
         ASSERT_TRUE(cut);
         EXPECT_EQ(all(*cut), wanted) << from << " .. " << to;
-        std::uint64_t cutEnd = 0;
-        cut->getEndTimestamp(cutEnd);
-        EXPECT_EQ(cut->getTriggersAt(0, cutEnd + 1)->size(),
-                  reader->getTriggersAt(from, to - from + 1)->size());
+        EXPECT_EQ(triggersOf(*cut, 0, to - from + 4096, startOf(*cut)),
+                  triggersOf(*reader, from, to, reader->getEventsAt(from, to - from + 1)->front().timestamp));
         EXPECT_EQ(cut->sensorGeometry(), reader->sensorGeometry());
     }
 }
@@ -151,13 +185,220 @@ TEST_F(RecordingCut, NeverReplacesAFileNorTheOpenRecording)
 
 TEST_F(RecordingCut, LeavesNothingAndLogsWhyWhenItFails)
 {
+    const QString outside = QStringLiteral("the range lies outside the recording");
+    EXPECT_EQ(reasonOfFailure(end + 1, end + 100, recordings.path("beyond.raw")), outside);
+    EXPECT_EQ(reasonOfFailure(end, start, recordings.path("backwards.raw")), outside);
+    EXPECT_EQ(reasonOfFailure(0, start - 1, recordings.path("before.raw")),
+              QStringLiteral("the range holds no event"));
+    EXPECT_EQ(reasonOfFailure(start, end, recordings.path("missing/folder.raw")),
+              QStringLiteral("No such file or directory"));
+    EXPECT_EQ(reasonOfFailure(start, end, recordings.path("source.raw/below.raw")),
+              QStringLiteral("Not a directory"));
+    EXPECT_EQ(reasonOfFailure(start, end, recordings.path("") + "/"), QStringLiteral("the file has no name"));
+    // Nobody may make files there, not even the administrator.
+    EXPECT_EQ(reasonOfFailure(start, end, "/proc/cut.raw"), QStringLiteral("No such file or directory"));
+}
+
+TEST_F(RecordingCut, OntoAFullDiskLeavesNothing)
+{
+    for (const rlim_t room : {rlim_t(20), rlim_t(300'000)}) {
+        const FileSizeLimit limit(room);
+        EXPECT_EQ(reasonOfFailure(start, end, recordings.path("full.raw")), QStringLiteral("File too large"));
+    }
+}
+
+TEST_F(RecordingCut, OfARecordingThatHasShrunkFails)
+{
+    ASSERT_TRUE(QFile::resize(QString::fromStdString(source), 200'000));
     const CapturedMessages messages;
-    EXPECT_FALSE(reader->cutFile(end + 1, end + 100, recordings.path("beyond.raw")));
-    EXPECT_FALSE(reader->cutFile(100, 50, recordings.path("backwards.raw")));
-    EXPECT_FALSE(reader->cutFile(start, end, recordings.path("missing/folder.raw")));
+    EXPECT_FALSE(reader->cutFile(start, end, recordings.path("cut.raw")));
     EXPECT_EQ(others(), QStringList());
-    ASSERT_EQ(messages.warnings().size(), 3);
-    EXPECT_TRUE(messages.warnings()[0].contains(QStringLiteral("beyond.raw")));
+    EXPECT_TRUE(
+        messages.warnings().last().endsWith(QStringLiteral("the recording has shrunk since it was opened")));
+}
+
+TEST_F(RecordingCut, TakesTheNextNameWhereOneIsTakenEvenByAVideoOrADeadLink)
+{
+    const QDir folder = QFileInfo(QString::fromStdString(source)).dir();
+    ASSERT_TRUE(evt::writeFile(folder.filePath(QStringLiteral("cut.mp4")), "a video", {}));
+    ASSERT_TRUE(QFile::link(folder.filePath(QStringLiteral("gone.raw")),
+                            folder.filePath(QStringLiteral("cut-1.raw"))));
+    ASSERT_TRUE(reader->cutFile(start, end, recordings.path("cut.raw")));
+    EXPECT_EQ(others(), (QStringList{QStringLiteral("cut-2.raw"), QStringLiteral("cut.mp4")}));
+}
+
+TEST_F(RecordingCut, LeavesTheUnfinishedFileOfAnotherCutAlone)
+{
+    const QString other = QString::fromStdString(recordings.path("cut.raw.part"));
+    ASSERT_TRUE(evt::writeFile(other, "another's", {}));
+    ASSERT_TRUE(reader->cutFile(start, end, recordings.path("cut.raw")));
+    EXPECT_EQ(others(), (QStringList{QStringLiteral("cut.raw"), QStringLiteral("cut.raw.part")}));
+    EXPECT_EQ(QFileInfo(other).size(), 9);
+}
+
+TEST_F(RecordingCut, ChineseNamesAreNoHindrance)
+{
+    ASSERT_TRUE(reader->cutFile(start, end, recordings.path("剪切的录像.raw")));
+    EXPECT_EQ(others(), QStringList{QStringLiteral("剪切的录像.raw")});
+}
+
+TEST_F(RecordingCut, IsReadAlikeByADecoderThatSharesNothingWithOurs)
+{
+    const std::string path = recordings.path("cut.raw");
+    ASSERT_TRUE(reader->cutFile(start, end, path));
+    QFile file(QString::fromStdString(path));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray all = file.readAll();
+    const auto body = all.indexOf("% end\n") + 6;
+    const evt::Bytes words(all.begin() + body, all.end());
+    auto judged
+        = reference::decode(EvtEncoding::Evt3, words, reader->sensorGeometry(), reference::Times::Literal);
+    const std::uint64_t base = judged.events.front().timestamp;
+    for (Event2D& event : judged.events)
+        event.timestamp -= base;
+    EXPECT_EQ(judged.events, counted(*reader, start, end));
+    EXPECT_EQ(judged.triggers.size(), reader->getTriggersAt(start, end - start + 1)->size());
+    EXPECT_EQ(judged.counts, EvtCounts());
+}
+
+TEST_F(RecordingCut, KeepsTheDateAndWhatElseTheHeaderTells)
+{
+    const std::string other
+        = recordings.write("told.raw",
+                           "% Date 2019-08-07 06:05:04\n% lens 8 mm, f/2\n% evt 2.0\n% serial_number 0042\n"
+                           "% geometry 640x480\n% operator \xE6\x9D\x8E\n% lens again\n% end\n",
+                           variedStream());
+    ASSERT_TRUE(TemporaryRecordings::load(other)->cutFile(start, end, recordings.path("cut.raw")));
+    QFile file(QString::fromStdString(recordings.path("cut.raw")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray expected("% date 2019-08-07 06:05:04\n% evt 3.0\n% format EVT3;height=480;width=640\n"
+                              "% geometry 640x480\n% serial_number 0042\n% lens 8 mm, f/2\n"
+                              "% operator \xE6\x9D\x8E\n% lens again\n% end\n");
+    EXPECT_EQ(file.read(expected.size()), expected);
+}
+
+TEST_F(RecordingCut, AHeaderThatWouldGrowTooLongLosesItsLastKeys)
+{
+    std::string header = "% format EVT2;height=480;width=640\n";
+    for (int i = 0; header.size() < 64500; ++i)
+        header += "% key" + std::to_string(i) + ' ' + std::string(900, 'v') + '\n';
+    header += "% last " + std::string(65535 - 6 - header.size() - 8, 'v') + "\n% end\n";
+    const auto full = TemporaryRecordings::load(recordings.write("full.raw", header, variedStream()));
+    ASSERT_TRUE(full);
+    ASSERT_TRUE(full->cutFile(start, end, recordings.path("cut.raw")));
+    const auto cut = TemporaryRecordings::load(recordings.path("cut.raw"));
+    ASSERT_TRUE(cut);
+    EXPECT_EQ(all(*cut), all(*full));
+    EXPECT_TRUE(cut->fileHeader().value("key50"));
+    EXPECT_FALSE(cut->fileHeader().value("last"));
+}
+
+TEST_F(RecordingCut, GapsOfAnyLengthAreKept)
+{
+    // Three events, hours apart.
+    evt::Bytes bytes;
+    for (const std::uint32_t high : {0u, 200'000'000u, 268'000'000u})
+        evt::append(bytes, evt::high2(high), 4), evt::append(bytes, evt::cd2(1, 7, 10, 20), 4);
+    const auto gaps
+        = TemporaryRecordings::load(recordings.write("gaps.raw", "% evt 2.0\n% geometry 640x480\n", bytes));
+    ASSERT_TRUE(gaps);
+    std::uint64_t last = 0;
+    gaps->getEndTimestamp(last);
+    ASSERT_TRUE(gaps->cutFile(0, last, recordings.path("cut.raw")));
+    const auto cut = TemporaryRecordings::load(recordings.path("cut.raw"));
+    EXPECT_EQ(all(*cut), counted(*gaps, 0, last));
+}
+
+TEST_F(RecordingCut, TriggersOnChannelsThatWordsCannotNameAreLeftOutAndLoggedOnce)
+{
+    evt::Bytes bytes = evt::words2({evt::high2(0), evt::trigger2(1, 31, 1), evt::cd2(1, 2, 3, 4),
+                                    evt::trigger2(2, 15, 0), evt::trigger2(3, 16, 1), evt::cd2(0, 9, 3, 4)});
+    const auto wide = TemporaryRecordings::load(
+        recordings.write("wide.raw", TemporaryRecordings::header(EvtEncoding::Evt2), bytes));
+    ASSERT_TRUE(wide);
+    const CapturedMessages messages;
+    ASSERT_TRUE(wide->cutFile(0, 9, recordings.path("cut.raw")));
+    ASSERT_EQ(messages.of(QtInfoMsg).size(), 1);
+    EXPECT_TRUE(messages.of(QtInfoMsg)[0].contains(QStringLiteral(": 2 triggers on channels")));
+    const auto cut = TemporaryRecordings::load(recordings.path("cut.raw"));
+    EXPECT_EQ(*cut->getTriggersAt(0, 100), (std::vector<EventTriggerIn>{{15, 0, 2}}));
+    EXPECT_EQ(all(*cut).size(), 2u);
+}
+
+TEST_F(RecordingCut, ATriggerThatComesLateInTheWordsKeepsItsTime)
+{
+    // Its time lies before that of the event in front of it.
+    const evt::Bytes bytes
+        = evt::words3({evt::high3(0), evt::low3(50), evt::row3(1), evt::x3(1, 1), evt::low3(100),
+                       evt::x3(1, 2), evt::low3(60), evt::trigger3(3, 1), evt::low3(200), evt::x3(1, 3)});
+    const auto late = TemporaryRecordings::load(
+        recordings.write("late.raw", TemporaryRecordings::header(EvtEncoding::Evt3), bytes));
+    ASSERT_TRUE(late);
+    ASSERT_TRUE(late->cutFile(0, 200, recordings.path("cut.raw")));
+    const auto cut = TemporaryRecordings::load(recordings.path("cut.raw"));
+    EXPECT_EQ(all(*cut), all(*late));
+    EXPECT_EQ(*cut->getTriggersAt(0, 300), *late->getTriggersAt(0, 300));
+    ASSERT_EQ(late->getTriggersAt(0, 300)->size(), 1u);
+    EXPECT_EQ(late->getTriggersAt(0, 300)->front().timestamp, 60u);
+}
+
+/// What is written in the place of the words that were wanted.
+class VerifyingWriterTest : public testing::Test
+{
+protected:
+    /// Writes the words, which ought to hold these events; the reason why that failed, empty if it did not.
+    QString write(const std::vector<Event2D>& events, const evt::Bytes& words)
+    {
+        const QString path = QString::fromStdString(recordings.path("written.raw"));
+        QFile::remove(path);
+        NewFile file;
+        if (!file.open(path))
+            return file.errorString();
+        const Geometry geometry{640, 480};
+        VerifyingWriter writer(file, path, recordingHeader(headOfNow(geometry, {})), geometry);
+        VerifyingWriter::Block block = writer.emptyBlock();
+        block.events = events;
+        block.bytes = words;
+        writer.put(std::move(block));
+        return writer.finish() ? QString() : writer.errorString();
+    }
+
+    TemporaryRecordings recordings;
+};
+
+TEST_F(VerifyingWriterTest, NoticesEveryDifference)
+{
+    const QString differs = QStringLiteral("what was written differs from the recording");
+    const std::vector<Event2D> events{{1, 2, 1, 4100}, {3, 2, 0, 4101}};
+    const auto words = [](unsigned x, unsigned y, unsigned polarity, unsigned low) {
+        return evt::words3({evt::high3(1), evt::low3(4), evt::row3(2), evt::x3(1, 1), evt::low3(low),
+                            evt::row3(y), evt::x3(polarity, x)});
+    };
+    EXPECT_EQ(write(events, words(3, 2, 0, 5)), QString());
+    EXPECT_EQ(write(events, words(4, 2, 0, 5)), differs);
+    EXPECT_EQ(write(events, words(3, 1, 0, 5)), differs);
+    EXPECT_EQ(write(events, words(3, 2, 1, 5)), differs);
+    EXPECT_EQ(write(events, words(3, 2, 0, 6)), differs);
+    evt::Bytes longer = words(3, 2, 0, 5);
+    evt::append(longer, evt::x3(1, 9), 2);
+    EXPECT_EQ(write(events, longer), differs);
+    EXPECT_EQ(write(events, evt::words3({evt::high3(1), evt::low3(4), evt::row3(2), evt::x3(1, 1)})),
+              differs);
+    evt::Bytes edge = words(3, 2, 0, 5);
+    evt::append(edge, evt::trigger3(0, 1), 2);
+    EXPECT_EQ(write(events, edge), differs);
+}
+
+TEST_F(VerifyingWriterTest, ReadsTheFileAndNotWhatItMeantToWrite)
+{
+    // Another file stands under the name.
+    const QString path = QString::fromStdString(recordings.path("written.raw"));
+    NewFile file;
+    ASSERT_TRUE(file.open(path));
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_TRUE(evt::writeFile(path, "% evt 2.0\n", {}));
+    VerifyingWriter writer(file, path, recordingHeader(headOfNow({640, 480}, {})), {640, 480});
+    EXPECT_FALSE(writer.finish());
 }
 
 TEST_F(RecordingCut, OfAReaderThatIsNotLoadedFails)
