@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <vector>
 
@@ -15,6 +16,18 @@ void report(benchmark::State& state, const char* unit, Better better, double val
     state.counters["value"] = value;
     state.counters["limit"] = limit;
     state.counters["higher"] = better == Better::Higher ? 1 : 0;
+}
+
+void note(benchmark::State& state, const char* name, double value)
+{
+    state.counters[name] = value;
+}
+
+double processorSeconds()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
 double bestOfFive(const std::function<void()>& work)

@@ -17,6 +17,12 @@ enum class Better {
 /// Reports the figure of one run. `limit` is in the same unit.
 void report(benchmark::State& state, const char* unit, Better better, double value, double limit);
 
+/// Prints a further value below the figure of the run.
+void note(benchmark::State& state, const char* name, double value);
+
+/// Processor time of all threads of this process so far, in seconds.
+double processorSeconds();
+
 /// Seconds that copying this many bytes takes at best of five, within buffers of at most `window` bytes each.
 double secondsToCopy(std::size_t bytes, std::size_t window);
 

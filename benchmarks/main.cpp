@@ -14,9 +14,11 @@ struct Row
     double value = 0;
     double limit = 0;
     std::string unit;
+    std::map<std::string, double> notes; ///< what else was measured, by name
 };
 
-/// One line a figure: name, value, unit, the machine's limit, their ratio. Of repeated runs the best counts.
+/// One line a figure: name, value, unit, the machine's limit, their ratio, further values. Of repeated runs
+/// the best counts.
 class FigureReporter : public benchmark::BenchmarkReporter
 {
 public:
@@ -39,7 +41,12 @@ public:
                 order.push_back(name);
             else if (higher ? known->second.value >= value : known->second.value <= value)
                 continue;
-            rows[name] = {value, run.counters.at("limit"), run.report_label};
+            Row row{value, run.counters.at("limit"), run.report_label, {}};
+            for (const auto& [key, counter] : run.counters) {
+                if (key != "value" && key != "limit" && key != "higher")
+                    row.notes[key] = counter;
+            }
+            rows[name] = row;
         }
     }
 
@@ -47,8 +54,11 @@ public:
     {
         for (const std::string& name : order) {
             const Row& row = rows[name];
-            std::printf("%-22s %12.3f %-16s limit %12.3f ratio %8.3f\n", name.c_str(), row.value,
+            std::printf("%-22s %12.3f %-16s limit %12.3f ratio %8.3f", name.c_str(), row.value,
                         row.unit.c_str(), row.limit, ratio(row));
+            for (const auto& [key, note] : row.notes)
+                std::printf(" %s %.3f", key.c_str(), note);
+            std::printf("\n");
         }
     }
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release preset and measures. One line a figure: name, value, unit, the machine's own limit, their ratio.
+# Builds the release preset and measures. One line a figure: name, value, unit, the machine's own limit, their ratio,
+# and what else was measured.
 #   scripts/bench.sh [--json FILE] [--filter REGEX]
 set -euo pipefail
 json=""
@@ -27,7 +28,8 @@ for program in build/release/benchmarks/*_bench; do
     "${run[@]}" 2>"$figures/$name.log" || { cat "$figures/$name.log" >&2; exit 1; }
 done
 if [ "$filter" = "." ]; then
-    for name in decode_evt3 decode_evt3_sparse decode_evt2 decode_evt21 index_scan open_1gb seek_window_p99 add_events \
+    for name in decode_evt3 decode_evt3_sparse decode_evt2 decode_evt21 encode_evt3 encode_evt3_sparse \
+        bytes_per_event cut cut_two_cores index_scan open_1gb seek_window_p99 add_events \
         take_frame play_rss live_cpu; do
         grep -qh "^\"$name\":" "$figures"/*_bench || { echo "The figure $name is missing." >&2; exit 1; }
     done
