@@ -42,6 +42,11 @@ std::unique_ptr<ApsFileReader> Backend::createApsFileReader(const std::string&)
     return nullptr;
 }
 
+bool Backend::isExportedVideo(const std::string&)
+{
+    return false;
+}
+
 void registerBackend(std::shared_ptr<Backend> backend)
 {
     if (!backend)
@@ -60,6 +65,13 @@ std::vector<std::shared_ptr<Backend>> registeredBackends()
 {
     const std::lock_guard lock(registry().mutex);
     return registry().backends;
+}
+
+bool isExportedVideo(const std::string& path)
+{
+    const auto backends = registeredBackends();
+    return std::any_of(backends.begin(), backends.end(),
+                       [&path](const auto& backend) { return backend->isExportedVideo(path); });
 }
 
 std::unique_ptr<DvsFileReader> DvsFileReader::createFileReader(std::string path)

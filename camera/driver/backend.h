@@ -34,6 +34,8 @@ public:
     /// A reader for a file whose content is ours, else empty. Judged by the content, not by the name.
     virtual std::unique_ptr<DvsFileReader> createDvsFileReader(const std::string& path);
     virtual std::unique_ptr<ApsFileReader> createApsFileReader(const std::string& path);
+    /// Whether the file is a video that DvsFileReader::exportVideo of this backend made.
+    virtual bool isExportedVideo(const std::string& path);
 };
 
 /// Adds a backend for the rest of the process, after those registered before. Any thread.
@@ -42,5 +44,9 @@ void registerBackend(std::shared_ptr<Backend> backend);
 void unregisterBackend(const std::shared_ptr<Backend>& backend);
 /// The registered backends in the order of their registration. Any thread.
 std::vector<std::shared_ptr<Backend>> registeredBackends();
+
+/// Whether the file (path in the local 8-bit encoding) is a video exported from a recording, by whichever
+/// registered backend: such a file beside a `.raw` holds no intensity frames of its own. Any thread.
+bool isExportedVideo(const std::string& path);
 
 } // namespace korvane

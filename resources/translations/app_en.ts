@@ -272,6 +272,10 @@
         <source>RAW files (*.raw)</source>
         <translation>RAW files (*.raw)</translation>
     </message>
+    <message>
+        <source>Load fusion file failed: </source>
+        <translation>Load fusion file failed: </translation>
+    </message>
 </context>
 <context>
     <name>SidebarApsSettingUI</name>

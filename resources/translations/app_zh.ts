@@ -272,6 +272,10 @@
         <source>RAW files (*.raw)</source>
         <translation>RAW 文件 (*.raw)</translation>
     </message>
+    <message>
+        <source>Load fusion file failed: </source>
+        <translation>融合录像加载失败：</translation>
+    </message>
 </context>
 <context>
     <name>SidebarApsSettingUI</name>

@@ -47,7 +47,9 @@ public:
         };
         return reader;
     }
+    bool isExportedVideo(const std::string& path) override { return path == exportedVideo; }
     std::function<bool()> onLoad;
+    std::string exportedVideo;
 
 private:
     ScriptedLog& log;
@@ -143,6 +145,8 @@ private:
     }
     void press()
     {
+        if (state.playMode == ModeFusionRecording)
+            return;
         if (state.playMode == ModeDvsRecording)
             player->playClicked();
         else
@@ -176,6 +180,11 @@ private:
         });
         QObject::connect(opener.get(), &RecordingOpener::recordingOpened, &window,
                          [this] { note("opened"); });
+        QObject::connect(opener.get(), &RecordingOpener::signalShowLeftBottomTips, &window,
+                         [this](const QString& tips, KvMessageType type, const QString& link) {
+                             note("toast " + std::to_string(type) + ' ' + tips.toStdString()
+                                  + link.toStdString());
+                         });
     }
 };
 
@@ -397,4 +406,116 @@ TEST_F(RecordingOpenerTest, ANameInAnyLanguageIsOpened)
     opener->openRecording(path);
     EXPECT_EQ(player->endTime(), 299'000u);
     QFile::remove(path);
+}
+
+/// With an engine for fusion recordings that loads what it is told.
+class RecordingOpenerFusionTest : public RecordingOpenerTest
+{
+protected:
+    void SetUp() override
+    {
+        RecordingOpenerTest::SetUp();
+        opener->setFusionLoader([this](const std::string& path) {
+            loader = QThread::currentThread();
+            log.add("load fusion " + path + ", mode " + std::to_string(state.playMode));
+            return loads;
+        });
+    }
+    QString copyOfBar(const QString& name) const
+    {
+        const QString copy = folder + QLatin1Char('/') + name;
+        QFile::remove(copy);
+        EXPECT_TRUE(QFile::copy(bar, copy));
+        return copy;
+    }
+    void put(const QString& name) const
+    {
+        QFile file(folder + QLatin1Char('/') + name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    void TearDown() override { QDir(folder).removeRecursively(); }
+
+    bool loads = true;
+    QThread* loader = nullptr;
+};
+
+TEST_F(RecordingOpenerFusionTest, AVideoOfTheSameNameMakesItAFusionRecordingThatPlaysAtOnce)
+{
+    const QString path = copyOfBar(QStringLiteral("fusion.raw"));
+    put(QStringLiteral("fusion.mp4"));
+    const CapturedMessages messages;
+    opener->openRecording(path);
+    EXPECT_EQ(log.lines(),
+              (Lines{"source about to change, mode 0", "load fusion " + path.toStdString() + ", mode 4",
+                     "press play, mode 4", "live UI 0", "opened"}));
+    EXPECT_EQ(messages.debug().count(QStringLiteral("Load fusion file.")), 1);
+    EXPECT_NE(loader, nullptr);
+    EXPECT_NE(loader, QApplication::instance()->thread());
+    EXPECT_EQ(config.input_raw_file_path, folder);
+    EXPECT_FALSE(player->hasRecording());
+}
+
+TEST_F(RecordingOpenerFusionTest, OnlyTheLastSuffixIsReplacedInTheVideosName)
+{
+    const QString path = copyOfBar(QStringLiteral("clip.part1.raw"));
+    put(QStringLiteral("clip.mp4"));
+    opener->openRecording(path);
+    EXPECT_EQ(state.playMode, ModeDvsRecording) << "clip.mp4 is another's";
+    put(QStringLiteral("clip.part1.mp4"));
+    opener->openRecording(path);
+    EXPECT_EQ(state.playMode, ModeFusionRecording);
+}
+
+TEST_F(RecordingOpenerFusionTest, AFailedLoadNamesTheFileInAnErrorAndPlaysNothing)
+{
+    loads = false;
+    const QString path = copyOfBar(QStringLiteral("broken.raw"));
+    put(QStringLiteral("broken.mp4"));
+    opener->openRecording(path);
+    EXPECT_EQ(log.lines(),
+              (Lines{"source about to change, mode 0", "load fusion " + path.toStdString() + ", mode 4",
+                     "toast 2 Load fusion file failed: broken.raw", "opened"}));
+    EXPECT_EQ(state.playMode, ModeFusionRecording);
+    EXPECT_FALSE(state.filePlaying);
+    EXPECT_FALSE(play.isChecked());
+}
+
+TEST_F(RecordingOpenerFusionTest, WithoutAnEngineEveryLoadFails)
+{
+    opener->setFusionLoader(nullptr);
+    const QString path = copyOfBar(QStringLiteral("none.raw"));
+    put(QStringLiteral("none.mp4"));
+    opener->openRecording(path);
+    EXPECT_TRUE(log.contains("toast 2 Load fusion file failed: none.raw"));
+    EXPECT_FALSE(log.contains("press play, mode 4"));
+}
+
+TEST_F(RecordingOpenerFusionTest, AnExportedVideoBesideItsRecordingMakesNoFusionRecording)
+{
+    const QString path = copyOfBar(QStringLiteral("shown.raw"));
+    put(QStringLiteral("shown.mp4"));
+    scripted->exportedVideo = (folder + QStringLiteral("/shown.mp4")).toStdString();
+    const CapturedMessages messages;
+    opener->openRecording(path);
+    EXPECT_EQ(state.playMode, ModeDvsRecording);
+    EXPECT_EQ(player->endTime(), 299'000u);
+    EXPECT_FALSE(messages.debug().contains(QStringLiteral("Load fusion file.")));
+    EXPECT_EQ(messages.debug().filter(QStringLiteral("shown.mp4")).size(), 1) << "the log says why";
+}
+
+TEST_F(RecordingOpenerFusionTest, ADvsRecordingOpenedBeforeStaysBehindAFusionRecording)
+{
+    opener->openRecording(bar);
+    ASSERT_TRUE(state.filePlaying);
+    for (const bool works : {true, false}) {
+        loads = works;
+        log.clear();
+        const QString path = copyOfBar(QStringLiteral("second.raw"));
+        put(QStringLiteral("second.mp4"));
+        opener->openRecording(path);
+        EXPECT_EQ(state.playMode, ModeFusionRecording);
+        EXPECT_FALSE(state.filePlaying) << "what played was stopped first";
+        EXPECT_TRUE(player->hasRecording());
+        EXPECT_EQ(player->endTime(), 299'000u);
+    }
 }
