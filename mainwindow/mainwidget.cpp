@@ -28,6 +28,7 @@
 
 #include <QWKWidgets/widgetwindowagent.h>
 
+#include <string>
 #include <utility>
 
 MainWidget::MainWidget(QWidget* parent)
@@ -177,6 +178,10 @@ void MainWidget::connectPlayback()
     connect(opener, &RecordingOpener::setShowCameraLiveUI, this, &MainWidget::setShowCameraLiveUI);
     connect(opener, &RecordingOpener::resetShowCameraFormTitle, this, &MainWidget::resetShowCameraFormTitle);
     connect(opener, &RecordingOpener::playRequested, ui->pb_play, &QPushButton::click);
+    opener->setFusionLoader([engine = fusionProcessor.get()](const std::string& path) {
+        return engine->slotReadFusionFile(path);
+    });
+    connect(opener, &RecordingOpener::signalShowLeftBottomTips, this, &MainWidget::signalShowLeftBottomTips);
     connect(opener, &RecordingOpener::recordingOpened, sideBars, &SideBars::recordingOpened);
 }
 
