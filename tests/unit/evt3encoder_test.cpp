@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <random>
 
 namespace {
@@ -142,6 +143,53 @@ TEST(Evt3Encoder, VectorsNeverReorder)
     EXPECT_EQ(decode(encode(events)).events, events);
 }
 
+TEST(Evt3Encoder, TimeHighIsRepeatedEverySixteenMicrosecondsWhileEventsCome)
+{
+    // An event every 3 us, through two changes of time-high.
+    Events events;
+    for (std::uint64_t time = 4000; time < 12500; time += 3)
+        events.emplace_back(std::uint16_t(1), std::uint16_t(1), std::uint8_t(1), time);
+    const auto words = encode(events);
+    std::uint64_t time = 0;
+    std::uint64_t lastHigh = ~std::uint64_t(0);
+    std::uint64_t high = 0;
+    for (std::size_t at = 0; at < words.size(); at += 2) {
+        const unsigned word = words[at] | (unsigned(words[at + 1]) << 8);
+        ASSERT_TRUE(at > 0 || word >> 12 == 0x8) << "the first word tells the time";
+        if (word >> 12 == 0x8) {
+            high = word & 0xFFF;
+            lastHigh = ~std::uint64_t(0);
+        } else if (word >> 12 == 0x6) {
+            time = high * 4096 + (word & 0xFFF);
+            if (lastHigh == ~std::uint64_t(0))
+                lastHigh = time;
+            EXPECT_LT(time - lastHigh, 16u);
+        }
+    }
+    EXPECT_EQ(time, events.back().timestamp);
+}
+
+TEST(Evt3Encoder, TriggersThatWordsCannotNameAreDroppedAndCounted)
+{
+    Evt3Encoder encoder(hd);
+    std::vector<std::uint8_t> words;
+    encoder.encode({}, Triggers{{16, 1, 1}, {0, 1, 2}, {-1, 1, 3}, {15, 0, 4}}, words);
+    EXPECT_EQ(encoder.droppedTriggers(), 2u);
+    EXPECT_EQ(decode(words).triggers, (Triggers{{0, 1, 2}, {15, 0, 4}}));
+}
+
+TEST(Evt3Encoder, AnEventOutsideTheSensorEndsNoRunAndHidesNoGap)
+{
+    const std::uint64_t hour = 3'600'000'000;
+    Evt3Encoder encoder(hd);
+    std::vector<std::uint8_t> words;
+    const Events events{{1, 1, 1, 5}, {1280, 1, 1, hour}, {0, 720, 1, 2 * hour}, {3, 1, 1, 3 * hour}};
+    encoder.encode(events, {}, words);
+    EXPECT_EQ(encoder.droppedEvents(), 2u);
+    EXPECT_EQ(encoder.encodedEvents(), 2u);
+    EXPECT_EQ(decode(words).events, (Events{events.front(), events.back()}));
+}
+
 TEST(Evt3Encoder, IdleGapsGetTimeHighWordsAtLeastEveryEightSeconds)
 {
     const std::uint64_t hour = 3'600'000'000;
@@ -151,6 +199,15 @@ TEST(Evt3Encoder, IdleGapsGetTimeHighWordsAtLeastEveryEightSeconds)
     // An hour's gap in steps of at most 8 s.
     EXPECT_GE(words.size() / 2, 3600u / 8);
     EXPECT_LE(words.size() / 2, 3600u);
+    std::optional<unsigned> last;
+    for (std::size_t at = 0; at < words.size(); at += 2) {
+        const unsigned word = words[at] | (unsigned(words[at + 1]) << 8);
+        if (word >> 12 != 0x8)
+            continue;
+        const unsigned high = word & 0xFFF;
+        EXPECT_LE(((high - last.value_or(high)) & 0xFFF) * 4096u, 4'004'096u);
+        last = high;
+    }
 }
 
 TEST(Evt3Encoder, TriggersAreKeptInTimeOrder)

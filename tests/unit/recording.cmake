@@ -33,10 +33,17 @@ korvane_add_test(recordingstreams_test
         ${CMAKE_CURRENT_LIST_DIR}/recordingindex_test.cpp
         ${CMAKE_CURRENT_LIST_DIR}/streams_test.cpp
     LINKS korvane_streamsupport)
-# The reader under threads: no event loop, fit for the thread sanitizer.
+# Reader and recorder under threads: no event loop, fit for the thread sanitizer.
 korvane_add_test(recordingthreads_test THREADS
-    SOURCES ${CMAKE_CURRENT_LIST_DIR}/recordingthreads_test.cpp
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/recorderthreads_test.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/recordingthreads_test.cpp
     LINKS korvane_streamsupport)
+# Twenty seconds by the clock.
+korvane_add_test(recordingendurance_test
+    SOURCES ${CMAKE_CURRENT_LIST_DIR}/recordingendurance_test.cpp
+    LINKS korvane_simulation
+    LABELS release_only)
 
 # Recordings made by others, where KORVANE_RECORDINGS names their folder; reported as skipped where it does not.
 add_executable(realrecordings_test ${CMAKE_CURRENT_LIST_DIR}/realrecordings_test.cpp)
