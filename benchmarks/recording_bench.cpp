@@ -4,6 +4,8 @@
 #include "camera/recording/evtdecoder.h"
 #include "camera/recording/rawfilereader.h"
 #include "display/eventframebuffer.h"
+#include "tests/support/decodedvideo.h"
+#include "tests/support/pictureluma.h"
 
 #include <algorithm>
 #include <chrono>
@@ -215,6 +217,58 @@ void cut_two_cores(benchmark::State& state)
     measureCut(state, false);
 }
 
+/// Exporting six seconds of 10 million events a second, as dense as noise; times real time. The limit decodes
+/// and paints the same windows without a video. A video under 35 dB is no figure.
+void export_speed(benchmark::State& state)
+{
+    const auto reader = openRecording(state, streams::busyRecording(dataFolder(), gigabyte));
+    if (!reader || !reader->loadFile()) {
+        state.SkipWithError("the recording cannot be loaded");
+        return;
+    }
+    constexpr std::uint64_t period = 33333; // microseconds
+    constexpr std::uint64_t pictures = 180;
+    const std::string path = dataFolder() + "/export.mp4";
+    double seconds = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        std::filesystem::remove(path);
+        const double start = now();
+        if (!reader->exportVideo(0, pictures * period - 1, path)) {
+            state.SkipWithError("the recording cannot be exported");
+            return;
+        }
+        seconds = now() - start;
+    }
+    EventFrameBuffer frames;
+    std::uint64_t next = 0;
+    double worst = 99;
+    const auto compare = [&](const DecodedPicture& picture) {
+        const auto window = reader->getEventsAt(next, period);
+        next += period;
+        frames.addEvents(window->data(), window->data() + window->size());
+        worst = std::min(worst, psnr(picture.luma, lumaOf(frames.takeImage())));
+    };
+    const DecodedVideo video = decodeVideo(QString::fromStdString(path), compare);
+    const auto bytes = static_cast<double>(std::filesystem::file_size(path));
+    std::filesystem::remove(path);
+    if (video.count != pictures || worst < 35) {
+        state.SkipWithError("the video is not good enough");
+        return;
+    }
+    state.counters["worst_psnr"] = worst;
+    state.counters["megabytes"] = bytes / 1e6;
+    const double limit = figure::bestOfFive([&] {
+        for (std::uint64_t picture = 0; picture < 30; ++picture) {
+            const auto window = reader->getEventsAt(picture * period, period);
+            frames.addEvents(window->data(), window->data() + window->size());
+            const QImage image = frames.takeImage();
+            benchmark::DoNotOptimize(image.constBits());
+        }
+    });
+    constexpr double length = pictures * period / 1e6;
+    figure::report(state, "x real time", figure::Better::Higher, length / seconds, 30 * period / 1e6 / limit);
+}
+
 /// The scan that loadFile does, over a file in the page cache; the limit reads the same mapping word by word.
 void index_scan(benchmark::State& state)
 {
@@ -338,6 +392,7 @@ BENCHMARK(encode_evt3_sparse)->Iterations(1)->Repetitions(3);
 BENCHMARK(bytes_per_event)->Iterations(1);
 BENCHMARK(cut)->Iterations(1)->Repetitions(2);
 BENCHMARK(cut_two_cores)->Iterations(1)->Repetitions(2);
+BENCHMARK(export_speed)->Iterations(1)->Repetitions(3);
 BENCHMARK(index_scan)->Iterations(1)->Repetitions(2);
 BENCHMARK(open_1gb)->Iterations(1)->Repetitions(2);
 BENCHMARK(seek_window_p99)->Iterations(1)->Repetitions(3);

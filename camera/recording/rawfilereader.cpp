@@ -4,6 +4,7 @@
 #include "camera/recording/recordingcut.h"
 #include "camera/recording/streamprobe.h"
 #include "camera/recording/timehighscan.h"
+#include "camera/recording/videoexport.h"
 
 #include <QDebug>
 #include <QFileInfo>
@@ -368,10 +369,13 @@ bool RawFileReader::cutFile(std::uint64_t start, std::uint64_t end, std::string 
     return false;
 }
 
-bool RawFileReader::exportVideo(std::uint64_t, std::uint64_t, std::string path)
+bool RawFileReader::exportVideo(std::uint64_t start, std::uint64_t end, std::string path)
 {
-    qWarning().noquote().nospace() << QString::fromLocal8Bit(path.c_str())
-                                   << ": recordings cannot be exported yet";
+    const QString target = QString::fromLocal8Bit(path.c_str());
+    QString error = QStringLiteral("no recording is loaded");
+    if (loaded && recording::exportVideo(*this, start, end, target, error))
+        return true;
+    qWarning().noquote().nospace() << target << ": cannot be exported from " << filePath << ": " << error;
     return false;
 }
 

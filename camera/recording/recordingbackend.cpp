@@ -1,6 +1,7 @@
 #include "camera/recording/recordingbackend.h"
 
 #include "camera/recording/rawfilereader.h"
+#include "camera/recording/videomark.h"
 
 #include <QDebug>
 
@@ -14,6 +15,11 @@ std::unique_ptr<DvsFileReader> RecordingBackend::createDvsFileReader(const std::
         qWarning().noquote().nospace()
             << QString::fromLocal8Bit(path.c_str()) << ": is not a recording that can be read: " << error;
     return reader;
+}
+
+bool RecordingBackend::isExportedVideo(const std::string& path)
+{
+    return isMarkedVideo(QString::fromLocal8Bit(path.c_str()));
 }
 
 } // namespace korvane::recording

@@ -10,6 +10,7 @@ class RecordingBackend : public Backend
 public:
     std::string name() const override { return "recordings"; }
     std::unique_ptr<DvsFileReader> createDvsFileReader(const std::string& path) override;
+    bool isExportedVideo(const std::string& path) override;
 };
 
 } // namespace korvane::recording

@@ -7,6 +7,13 @@ add_library(korvane_streamsupport STATIC
     ${recordingSupport}/referencedecoder.h)
 target_link_libraries(korvane_streamsupport PUBLIC korvane_recording)
 
+# Decodes videos with FFmpeg's libraries, to judge what was written.
+add_library(korvane_videosupport STATIC
+    ${recordingSupport}/decodedvideo.cpp
+    ${recordingSupport}/decodedvideo.h
+    ${recordingSupport}/pictureluma.h)
+target_link_libraries(korvane_videosupport PUBLIC korvane_options Qt6::Gui PRIVATE PkgConfig::FFMPEG)
+
 korvane_add_test(recording_test
     SOURCES
         ${CMAKE_CURRENT_LIST_DIR}/evtclock_test.cpp
@@ -26,6 +33,19 @@ korvane_add_test(recordingwriting_test
         ${CMAKE_CURRENT_LIST_DIR}/recorder_test.cpp
         ${CMAKE_CURRENT_LIST_DIR}/recordingcut_test.cpp
     LINKS korvane_streamsupport)
+# Videos: pictures of events, encoder and container, export.
+korvane_add_test(recordingvideo_test
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/eventpictures_test.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/videoexport_test.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/videoexportfixture.h
+        ${CMAKE_CURRENT_LIST_DIR}/videowriter_test.cpp
+    LINKS korvane_recording korvane_display korvane_videosupport)
+korvane_add_test(videothreads_test THREADS
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/videoexportfixture.h
+        ${CMAKE_CURRENT_LIST_DIR}/videothreads_test.cpp
+    LINKS korvane_recording korvane_display korvane_videosupport)
 # Random streams against the reference decoder.
 korvane_add_test(recordingstreams_test
     SOURCES
