@@ -11,7 +11,7 @@ korvane_add_test(simulation_replay_test
     LINKS korvane_simulation korvane_streamsupport)
 # What all cameras without hardware do alike.
 korvane_add_test(simulation_conformance_test THREADS
-    SOURCES simulation_conformance_test.cpp
+    SOURCES simulation_conformance_test.cpp simulation_streamed_test.cpp
     LINKS korvane_simulation korvane_recording)
 korvane_add_test(simulation_camera_test THREADS
     SOURCES simulation_camera_test.cpp simulation_testscenes.h
