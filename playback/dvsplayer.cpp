@@ -71,18 +71,19 @@ void DvsPlayer::nextClicked()
     if (state.filePlaying)
         stopPlaying();
     const std::uint64_t current = position.fileCurTs;
-    korvane::DvsFileReader::Events batch;
-    {
-        const std::lock_guard lock(position.readerMutex);
-        // The limit counts with the accumulation time, the step with the frame period.
-        if (static_cast<std::int64_t>(current + timing.accumulationTime)
-            < static_cast<std::int64_t>(rangeEnd()))
-            batch = position.fileReader->getEventsAt(current, timing.accumulationTime);
-    }
-    if (!batch) {
+    // The limit counts with the accumulation time, the step with the frame period.
+    if (static_cast<std::int64_t>(current + timing.accumulationTime)
+        >= static_cast<std::int64_t>(rangeEnd())) {
         qDebug().noquote() << "File read end.";
         return;
     }
+    korvane::DvsFileReader::Events batch;
+    {
+        const std::lock_guard lock(position.readerMutex);
+        batch = position.fileReader->getEventsAt(current, timing.accumulationTime);
+    }
+    if (!batch)
+        return;
     frames.addEvents(batch->data(), batch->data() + batch->size());
     seek(current + timing.framePeriod);
     emit triggerEventsToShow();

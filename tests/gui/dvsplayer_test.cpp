@@ -125,6 +125,7 @@ TEST_F(DvsPlayerTest, NextWithoutABatchStaysWhereItIs)
     player->nextClicked();
     EXPECT_EQ(player->currentTime(), 0u);
     EXPECT_EQ(announcements, 0);
+    EXPECT_EQ(messages.debug(), QStringList()) << "that the range ends is told of its end only";
 }
 
 TEST_F(DvsPlayerTest, NextOverAQuietMomentShowsAnEmptyPictureAndSteps)

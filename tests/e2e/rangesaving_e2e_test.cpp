@@ -1,0 +1,182 @@
+#include "app/config.h"
+#include "camera/driver/dvsfilereader.h"
+#include "playback/kvcutrawfile.h"
+#include "playback/kvexportvideoui.h"
+#include "tests/e2e/windowstory.h"
+#include "tests/support/scripteddialogs.h"
+
+#include <QLineEdit>
+
+#include <vector>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+class RangeSavingStory : public WindowStory
+{
+protected:
+    void SetUp() override
+    {
+        WindowStory::SetUp();
+        QDir::current().mkpath(u"out"_s);
+        folder = QDir::current().filePath(u"out"_s);
+        Config* const config = Config::getInstance(u"config.ini"_s);
+        config->output_raw_file_path = folder;
+        config->video_save_path = folder;
+    }
+    void TearDown() override
+    {
+        QDir(folder).removeRecursively();
+        WindowStory::TearDown();
+    }
+    void openPaused(const QString& recording)
+    {
+        window->openRecording(recording);
+        ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked(); }));
+        click("pb_play");
+        click("pb_stop");
+    }
+    /// Picks the item, changes what the dialog says, and confirms it.
+    template <typename Dialog>
+    void save(const std::function<void(Dialog& dialog)>& change)
+    {
+        ScriptedPerson person([&change](QWidget& modal) {
+            auto* const dialog = qobject_cast<Dialog*>(&modal);
+            if (!dialog)
+                return false;
+            change(*dialog);
+            QTest::mouseClick(dialog->template findChild<QPushButton*>(u"pb_save"_s), Qt::LeftButton);
+            return true;
+        });
+        pick("menu_file", std::is_same_v<Dialog, KvCutRawFile> ? u"Cut Recording"_s : u"Save as..."_s);
+        EXPECT_TRUE(person.isDone());
+        QCoreApplication::processEvents();
+    }
+    QStringList files() const { return QDir(folder).entryList(QDir::Files | QDir::Hidden); }
+    /// The texts of the toasts on the screen.
+    static QStringList toasts()
+    {
+        QStringList texts;
+        for (const QWidget* toast : QApplication::topLevelWidgets()) {
+            if (!toast->inherits("KvFilePathReminderForm"))
+                continue;
+            for (const QLabel* label : toast->findChildren<QLabel*>())
+                texts << label->text();
+        }
+        return texts;
+    }
+    static std::vector<korvane::Event2D> eventsOf(const QString& recording)
+    {
+        const auto reader = korvane::DvsFileReader::createFileReader(recording.toLocal8Bit().toStdString());
+        if (!reader || !reader->loadFile())
+            return {};
+        const auto events = reader->getEventsAt(0, ~std::uint64_t(0));
+        return events ? *events : std::vector<korvane::Event2D>();
+    }
+
+    QString folder;
+};
+
+TEST_F(RangeSavingStory, PointsSetWithTheMouseAreCutOpenedAndExported)
+{
+    openPaused(path);
+    pick("menu_viewer_setting", u"Toggle Start/End Point"_s);
+    const int width = timeline()->width();
+    // The end handle first: the playhead at the start leaves it room; the start handle follows the playhead.
+    drag(width - 3, width * 3 / 4);
+    QTest::mouseClick(timeline(), Qt::LeftButton, {}, QPoint(width / 2, timeline()->height() / 2));
+    drag(3, width / 4);
+    const int start = timeline()->effectiveLowerValue();
+    const int end = timeline()->effectiveUpperValue();
+    ASSERT_GT(start, 500'000);
+    ASSERT_LT(start, 1'000'000);
+    ASSERT_GT(end, 2'000'000);
+    ASSERT_LT(end, 2'500'000);
+
+    QString cut;
+    save<KvCutRawFile>([&](KvCutRawFile& dialog) {
+        EXPECT_EQ(dialog.startTime(), static_cast<std::uint64_t>(start));
+        EXPECT_EQ(dialog.endTime(), static_cast<std::uint64_t>(end));
+        cut = dialog.fullPath();
+    });
+    ASSERT_TRUE(wait([] { return toasts().contains(u"Export raw file success!"_s); }));
+    EXPECT_EQ(files(), QStringList{QFileInfo(cut).fileName()});
+
+    std::vector<korvane::Event2D> expected;
+    for (const korvane::Event2D& event : eventsOf(path)) {
+        if (event.timestamp >= static_cast<std::uint64_t>(start)
+            && event.timestamp <= static_cast<std::uint64_t>(end))
+            expected.push_back(event);
+    }
+    const auto found = eventsOf(cut);
+    ASSERT_FALSE(expected.empty());
+    ASSERT_EQ(found.size(), expected.size());
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        ASSERT_EQ(found[i].x, expected[i].x) << i;
+        ASSERT_EQ(found[i].y, expected[i].y) << i;
+        ASSERT_EQ(found[i].polarity, expected[i].polarity) << i;
+        ASSERT_EQ(found[i].timestamp - found.front().timestamp,
+                  expected[i].timestamp - expected.front().timestamp)
+            << i;
+    }
+
+    openPaused(cut);
+    EXPECT_EQ(timeline()->maximum() - timeline()->minimum(),
+              expected.back().timestamp - expected.front().timestamp);
+    const QString base = QFileInfo(cut).completeBaseName();
+    save<KvExportVideoUI>([&](KvExportVideoUI& dialog) {
+        EXPECT_EQ(dialog.startTime(), timeline()->minimum());
+        EXPECT_EQ(dialog.endTime(), timeline()->maximum());
+        dialog.setFileName(base + u".mp4"_s);
+    });
+    ASSERT_TRUE(wait([] { return toasts().contains(u"Export video success!"_s); }));
+    // The name is taken by the recording, with which the video would be one.
+    EXPECT_EQ(files(), (QStringList{base + u"-1.mp4"_s, base + u".raw"_s}));
+    EXPECT_GT(QFileInfo(folder + u'/' + base + u"-1.mp4"_s).size(), 10'000);
+
+    // Even beside its recording the video makes it none of a fusion camera: it can still be stepped.
+    ASSERT_TRUE(QFile::rename(folder + u'/' + base + u"-1.mp4"_s, folder + u'/' + base + u".mp4"_s));
+    openPaused(cut);
+    const int before = timeline()->centerValue();
+    click("pb_next");
+    EXPECT_EQ(timeline()->centerValue(), before + 30303);
+}
+
+TEST_F(RangeSavingStory, BadRangesFoldersAndNamesLeaveNoFile)
+{
+    openPaused(path);
+    const auto refused = [this](const std::function<void(KvCutRawFile&)>& change) {
+        save<KvCutRawFile>(change);
+        return files().isEmpty() && toasts().isEmpty();
+    };
+    const auto type = [](KvCutRawFile& dialog, const char* field, const QString& text) {
+        dialog.findChild<QLineEdit*>(QString::fromLatin1(field))->setText(text);
+    };
+    EXPECT_TRUE(refused([](KvCutRawFile& dialog) {
+        dialog.setStartTime(2'000'000);
+        dialog.setEndTime(1'000'000);
+    })) << "backwards";
+    EXPECT_TRUE(refused([](KvCutRawFile& dialog) {
+        dialog.setStartTime(5'000'000);
+        dialog.setEndTime(6'000'000);
+    })) << "beyond the end";
+    EXPECT_TRUE(refused([](KvCutRawFile& dialog) { dialog.setFileName(u"no/such/folder.raw"_s); }));
+    EXPECT_TRUE(refused([](KvCutRawFile& dialog) { dialog.setFileName(QString()); })) << "a folder's name";
+    EXPECT_TRUE(refused([](KvCutRawFile& dialog) { dialog.setSavePath(u"/proc/nowhere"_s); }));
+    EXPECT_TRUE(refused([this](KvCutRawFile& dialog) {
+        dialog.setSavePath(path);
+        dialog.setFileName(u"x.raw"_s);
+    })) << "a file for a folder";
+    // After all of it the window works, and text for a start means the start.
+    save<KvCutRawFile>([&type](KvCutRawFile& dialog) {
+        type(dialog, "le_start_time", u"abc"_s);
+        type(dialog, "le_end_time", u"10500"_s);
+        dialog.setFileName(u"录像.raw"_s);
+    });
+    ASSERT_TRUE(wait([] { return toasts().contains(u"Export raw file success!"_s); }));
+    EXPECT_EQ(files(), QStringList{u"录像.raw"_s});
+    EXPECT_EQ(eventsOf(folder + u"/录像.raw"_s).size(), 11u * 90u);
+}
+
+} // namespace

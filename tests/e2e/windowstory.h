@@ -1,0 +1,75 @@
+#pragma once
+
+#include "camera/driver/backend.h"
+#include "camera/recording/recordingbackend.h"
+#include "display/showimageform.h"
+#include "mainwindow/mainwidget.h"
+#include "tests/support/movingbar.h"
+#include "widgets/kvthreehandleslider.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+/// The window with the recordings' backend and a recording of 3 s, driven by what stands in it.
+class WindowStory : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        korvane::registerBackend(backend);
+        path = QDir::current().filePath(QStringLiteral("bar.raw"));
+        ASSERT_TRUE(writeMovingBar(path, 3000));
+        window = std::make_unique<MainWidget>();
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    }
+    void TearDown() override
+    {
+        window.reset();
+        korvane::unregisterBackend(backend);
+    }
+
+    QPushButton* button(const char* name) const
+    {
+        auto* const found = window->findChild<QPushButton*>(QString::fromLatin1(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    void click(const char* name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
+    /// Picks an item of a menu.
+    void pick(const char* menuName, const QString& text) const
+    {
+        const auto* const menu = window->findChild<QMenu*>(QString::fromLatin1(menuName));
+        ASSERT_NE(menu, nullptr) << menuName;
+        for (QAction* const action : menu->actions()) {
+            if (action->text() == text)
+                return action->trigger();
+        }
+        FAIL() << "no item " << text.toStdString();
+    }
+    QString timeText() const { return window->findChild<QLabel*>(QStringLiteral("label_time"))->text(); }
+    KvThreeHandleSlider* timeline() const { return window->findChild<KvThreeHandleSlider*>(); }
+    /// Drags along the timeline, between pixels.
+    void drag(int from, int to) const
+    {
+        const int y = timeline()->height() / 2;
+        QTest::mousePress(timeline(), Qt::LeftButton, {}, QPoint(from, y));
+        QTest::mouseMove(timeline(), QPoint((from + to) / 2, y));
+        QTest::mouseMove(timeline(), QPoint(to, y));
+        QTest::mouseRelease(timeline(), Qt::LeftButton, {}, QPoint(to, y));
+    }
+    static bool wait(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 20000); }
+
+    std::shared_ptr<korvane::Backend> backend = std::make_shared<korvane::recording::RecordingBackend>();
+    QString path;
+    std::unique_ptr<MainWidget> window;
+};
