@@ -66,6 +66,10 @@ MainWidget::~MainWidget()
     fusionProcessor->disconnect(this);
     liveSession->disconnect(this);
     dvsPlayer.reset();
+    // The tools, then the engine, then the session with the cameras' manager.
+    sideBars.reset();
+    liveSession->setFusionSink(nullptr);
+    fusionProcessor.reset();
     liveSession.reset();
 }
 
@@ -105,9 +109,10 @@ void MainWidget::createCollaborators()
     rangeSaver = std::make_unique<RangeSaver>(sourceState, *dvsPlayer, *config, this, ui->widget_show_image);
     fusionPlayer = std::make_unique<FusionPlayer>(sourceState, *timeSlider);
     liveSession->setFusionSink(fusionProcessor.get());
-    sideBars = new SideBars({ui->frame_setting, ui->widget_side_bar, ui->layout_sidebar_setting,
-                             ui->pb_fold_setting, ui->pb_fold_dvs_setting, ui->pb_fold_aps_setting},
-                            *liveSession, displayTiming, this);
+    sideBars = std::make_unique<SideBars>(SideBars::Pane{ui->frame_setting, ui->widget_side_bar,
+                                                         ui->layout_sidebar_setting, ui->pb_fold_setting,
+                                                         ui->pb_fold_dvs_setting, ui->pb_fold_aps_setting},
+                                          *liveSession, displayTiming);
 }
 
 void MainWidget::connectSignals()
@@ -138,6 +143,8 @@ void MainWidget::connectMenus()
     connect(menus, &WindowMenus::cutRequested, this, &MainWidget::slotCutRecording);
     connect(menus, &WindowMenus::quitRequested, this, &QWidget::close);
     connect(menus, &WindowMenus::aboutRequested, this, [] { MenuActions::askAboutUs(); });
+    connect(menus, &WindowMenus::generalSettingRequested, this,
+            [] { MenuActions::changeGeneralSettings(nullptr); });
     connect(menus, &WindowMenus::languageRequested, this, [this] { LanguageSwitch(*config).ask(); });
     connect(menus, &WindowMenus::startEndPointToggled, this, &MainWidget::slotStartEndPointEditable);
 }
@@ -156,7 +163,7 @@ void MainWidget::connectSession()
     connect(session, &LiveSession::recordingChanged, ui->pb_record, &QPushButton::setChecked);
     connect(session, &LiveSession::recordingTimeChanged, ui->lb_recoding_time, &QLabel::setText);
     connect(session, &LiveSession::viewerTypeSelected, this, &MainWidget::setViewerType);
-    connect(session, &LiveSession::toolsChanged, sideBars, &SideBars::cameraChanged);
+    connect(session, &LiveSession::toolsChanged, sideBars.get(), &SideBars::cameraChanged);
 }
 
 void MainWidget::connectPlayback()
@@ -182,7 +189,7 @@ void MainWidget::connectPlayback()
         return engine->slotReadFusionFile(path);
     });
     connect(opener, &RecordingOpener::signalShowLeftBottomTips, this, &MainWidget::signalShowLeftBottomTips);
-    connect(opener, &RecordingOpener::recordingOpened, sideBars, &SideBars::recordingOpened);
+    connect(opener, &RecordingOpener::recordingOpened, sideBars.get(), &SideBars::recordingOpened);
 }
 
 void MainWidget::connectFusion()
@@ -398,6 +405,7 @@ void MainWidget::on_pb_fold_aps_setting_clicked(bool checked)
 
 void MainWidget::on_pb_fold_general_setting_clicked()
 {
+    MenuActions::changeGeneralSettings(this);
     ui->pb_fold_general_setting->setChecked(false);
 }
 

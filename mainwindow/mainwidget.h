@@ -126,11 +126,11 @@ private:
     WindowMenus* menus; ///< this window's
     ImageRelay fusionImages;
     std::unique_ptr<FusionPlayer> fusionPlayer;
-    SideBars* sideBars; ///< this window's
     // Last: their threads end before anything they use.
     std::unique_ptr<KvFusionCameraDataProcessor> fusionProcessor;
     std::unique_ptr<LiveSession> liveSession;
     std::unique_ptr<DvsPlayer> dvsPlayer;
     std::unique_ptr<RecordingOpener> recordingOpener;
     std::unique_ptr<RangeSaver> rangeSaver;
+    std::unique_ptr<SideBars> sideBars;
 };

@@ -19,35 +19,37 @@ constexpr int widestPane = 500; // pixels
 
 } // namespace
 
-SideBars::SideBars(const Pane& settingPane, LiveSession& liveSession, DisplayTiming& displayTiming,
-                   QObject* parent)
-    : QObject(parent), pane(settingPane), session(liveSession), timing(displayTiming),
-      cameraPanel(new SidebarCameraSettingUI(nullptr)), apsPanel(new SidebarApsSettingUI(nullptr)),
-      dvsPanel(new SidebarDvsSettingUI(nullptr))
+SideBars::SideBars(const Pane& settingPane, LiveSession& liveSession, DisplayTiming& displayTiming)
+    : pane(settingPane), session(liveSession), timing(displayTiming),
+      cameraPanel(std::make_unique<SidebarCameraSettingUI>(nullptr)),
+      apsPanel(std::make_unique<SidebarApsSettingUI>(nullptr)),
+      dvsPanel(std::make_unique<SidebarDvsSettingUI>(nullptr))
 {
     apsPanel->hide();
     dvsPanel->hide();
-    pane.panels->addWidget(cameraPanel);
-    pane.panels->addWidget(apsPanel);
-    pane.panels->addWidget(dvsPanel);
-    connect(cameraPanel, &SidebarCameraSettingUI::signalCumulativeTimeChanged, this,
+    pane.panels->addWidget(cameraPanel.get());
+    pane.panels->addWidget(apsPanel.get());
+    pane.panels->addWidget(dvsPanel.get());
+    connect(cameraPanel.get(), &SidebarCameraSettingUI::signalCumulativeTimeChanged, this,
             &SideBars::setAccumulationTime);
-    connect(cameraPanel, &SidebarCameraSettingUI::signalFpsChanged, this, &SideBars::setFrameRate);
+    connect(cameraPanel.get(), &SidebarCameraSettingUI::signalFpsChanged, this, &SideBars::setFrameRate);
 }
+
+SideBars::~SideBars() = default;
 
 void SideBars::foldCamera(bool shown)
 {
-    fold(cameraPanel, pane.cameraButton, shown);
+    fold(cameraPanel.get(), pane.cameraButton, shown);
 }
 
 void SideBars::foldDvs(bool shown)
 {
-    fold(dvsPanel, pane.dvsButton, shown);
+    fold(dvsPanel.get(), pane.dvsButton, shown);
 }
 
 void SideBars::foldAps(bool shown)
 {
-    fold(apsPanel, pane.apsButton, shown);
+    fold(apsPanel.get(), pane.apsButton, shown);
 }
 
 void SideBars::fold(QWidget* panel, QPushButton* button, bool shown)
@@ -58,8 +60,9 @@ void SideBars::fold(QWidget* panel, QPushButton* button, bool shown)
         pane.frame->setMaximumWidth(pane.strip->width());
         return;
     }
-    for (QWidget* const one : {static_cast<QWidget*>(cameraPanel), static_cast<QWidget*>(apsPanel),
-                               static_cast<QWidget*>(dvsPanel)}) {
+    for (QWidget* const one :
+         {static_cast<QWidget*>(cameraPanel.get()), static_cast<QWidget*>(apsPanel.get()),
+          static_cast<QWidget*>(dvsPanel.get())}) {
         if (one != panel)
             one->hide();
     }

@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include <cstdint>
+#include <memory>
 
 class LiveSession;
 class QBoxLayout;
@@ -31,8 +32,10 @@ public:
         QPushButton* apsButton;
     };
 
-    /// The references outlive this; the panels become children of the pane.
-    SideBars(const Pane& pane, LiveSession& session, DisplayTiming& timing, QObject* parent);
+    /// The references and the pane outlive this.
+    SideBars(const Pane& pane, LiveSession& session, DisplayTiming& timing);
+    /// Ends the panels, which lets go of the camera's tools.
+    ~SideBars() override;
 
     /// A button was checked: its panel takes the place of the others. Or unchecked: only the strip stays.
     void foldCamera(bool shown);
@@ -55,7 +58,7 @@ private:
     LiveSession& session;
     DisplayTiming& timing;
     int unfoldedWidth = 0; ///< pixels, from before the pane was folded; 0 when it is not
-    SidebarCameraSettingUI* cameraPanel; ///< the pane's
-    SidebarApsSettingUI* apsPanel; ///< the pane's
-    SidebarDvsSettingUI* dvsPanel; ///< the pane's
+    std::unique_ptr<SidebarCameraSettingUI> cameraPanel;
+    std::unique_ptr<SidebarApsSettingUI> apsPanel;
+    std::unique_ptr<SidebarDvsSettingUI> dvsPanel;
 };

@@ -302,6 +302,37 @@ TEST_F(MainWidgetTest, TheMenuButtonsDoNotDragTheWindow)
     }
 }
 
+TEST_F(MainWidgetTest, CaptionAreasNeitherDragNorActByThemselves)
+{
+    const QPoint before = window->pos();
+    for (const char* const name : {"pb_logo_button", "pb_win_min", "pb_win_max", "pb_win_close"}) {
+        // Out of the button: no click.
+        drag(button(name), QPoint(5, 5), QPoint(60, 60));
+        QTest::mouseRelease(&button(name), Qt::LeftButton, {}, QPoint(90, 90));
+        EXPECT_EQ(window->pos(), before) << name;
+        EXPECT_TRUE(window->isVisible() && !window->isMinimized() && !window->isMaximized()) << name;
+    }
+    QTest::mouseDClick(&button("pb_logo_button"), Qt::LeftButton);
+    EXPECT_FALSE(window->isMaximized());
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(MainWidgetTest, TheTitleBarsCornersAreDrawnRoundOrSquareAsTheButtonSays)
+{
+    const auto corner = [this] {
+        return window->grab().toImage().convertToFormat(QImage::Format_ARGB32).pixelColor(0, 0).alpha();
+    };
+    const QImage normal = drawn("widget_title_bar");
+    EXPECT_EQ(corner(), 0);
+    click("pb_win_max");
+    // Neither sheet fills the bar: the window's ground shows.
+    const QImage maximized = drawn("widget_title_bar");
+    EXPECT_EQ(maximized.pixelColor(maximized.width() / 2, 39), QColor(0xAA, 0xAA, 0xAA));
+    EXPECT_NE(maximized.pixelColor(maximized.width() / 2, 20), normal.pixelColor(normal.width() / 2, 20));
+    click("pb_win_max");
+    EXPECT_EQ(drawn("widget_title_bar").pixelColor(normal.width() / 2, 39), QColor(0xAA, 0xAA, 0xAA));
+}
+
 TEST_F(MainWidgetTest, AToastStandsAtTheBottomLeftCornerAndGoesWithTheWindow)
 {
     emit window->signalShowLeftBottomTips(u"Saved."_s, Warning, QString());

@@ -1,12 +1,11 @@
 #include "mainwindow/sidebars.h"
 
-#include "camera/recording/recordingbackend.h"
 #include "settings/sidebarapssettingui.h"
 #include "settings/sidebarcamerasettingui.h"
 #include "settings/sidebardvssettingui.h"
 #include "tests/gui/livesessionfixture.h"
 #include "tests/gui/mainwindowfixture.h"
-#include "tests/support/movingbar.h"
+#include "tests/support/scriptedfusioncamera.h"
 
 #include <QBoxLayout>
 #include <QSplitter>
@@ -18,11 +17,11 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-/// A tool with one parameter of each kind that says when it is asked for its table.
-class OneParameterTool : public korvane::CameraTool
+/// A tool without parameters that says when it is asked for its table.
+class EmptyTool : public korvane::CameraTool
 {
 public:
-    OneParameterTool(std::string toolName, ScriptedLog& callLog) : name(std::move(toolName)), log(callLog) {}
+    EmptyTool(std::string toolName, ScriptedLog& callLog) : name(std::move(toolName)), log(callLog) {}
 
     void getAllParameterInfo(std::map<std::string, korvane::BasicParameterInfo>&) override
     {
@@ -50,6 +49,37 @@ constexpr std::pair<korvane::ToolType, const char*> dvsTools[] = {
     {korvane::ToolType::EventTrailFilter, "4"}, {korvane::ToolType::Roi, "6"},
 };
 
+/// Offers one scripted fusion camera, F1, once told to.
+class FusionBackend : public korvane::Backend
+{
+public:
+    explicit FusionBackend(ScriptedLog& callLog) : log(callLog) {}
+
+    void offer() { offered = true; }
+    std::string name() const override { return "scripted fusion"; }
+    std::vector<korvane::CameraDescription> cameraDescriptions() override
+    {
+        korvane::CameraDescription description;
+        description.serial = "F1";
+        description.product = "Pellix";
+        return offered ? std::vector{description} : std::vector<korvane::CameraDescription>();
+    }
+    std::shared_ptr<korvane::FusionCamera> openFusionCamera(const std::string& serial) override
+    {
+        if (!offered || serial != "F1")
+            return nullptr;
+        auto camera = std::make_shared<ScriptedFusionCamera>(serial, log);
+        for (const auto& [type, name] : dvsTools)
+            camera->addTool(type, std::make_shared<EmptyTool>(name, log));
+        camera->addTool(korvane::ToolType::Aps, std::make_shared<EmptyTool>("7", log));
+        return camera;
+    }
+
+private:
+    ScriptedLog& log;
+    bool offered = false;
+};
+
 /// The pane as the window has it, and a session with scripted cameras.
 class SideBarsTest : public LiveSessionTest
 {
@@ -64,13 +94,19 @@ protected:
         layout.addWidget(&strip);
         layout.addLayout(panels);
         bars.emplace(SideBars::Pane{&frame, &strip, panels, &cameraButton, &dvsButton, &apsButton}, *session,
-                     timing, nullptr);
+                     timing);
         QObject::connect(session.get(), &LiveSession::toolsChanged, &*bars, &SideBars::cameraChanged);
         backend->onOpen = [this](ScriptedCamera& camera) {
             for (const auto& [type, name] : dvsTools)
-                camera.addTool(type, std::make_shared<OneParameterTool>(name, log));
+                camera.addTool(type, std::make_shared<EmptyTool>(name, log));
             return true;
         };
+    }
+    SideBarsTest() { korvane::registerBackend(fusionBackend); }
+    ~SideBarsTest() override
+    {
+        bars.reset();
+        korvane::unregisterBackend(fusionBackend);
     }
     SidebarCameraSettingUI& cameraPanel() { return *frame.findChild<SidebarCameraSettingUI*>(); }
     Lines tables()
@@ -83,6 +119,8 @@ protected:
         return asked;
     }
 
+    std::shared_ptr<FusionBackend> fusionBackend = std::make_shared<FusionBackend>(log);
+    FusionBackend& fusion = *fusionBackend;
     QFrame frame;
     QHBoxLayout layout{&frame};
     QWidget strip;
@@ -187,6 +225,49 @@ TEST_F(SideBarsTest, AnOpenedCameraFillsTheSectionsInTheirOrder)
     ASSERT_TRUE(session->openCameraBySerial(u"S1"_s));
     EXPECT_EQ(tables(),
               Lines({"table of 0", "table of 1", "table of 3", "table of 5", "table of 4", "table of 6"}));
+}
+
+TEST_F(SideBarsTest, AFusionCameraFillsTheApsPanelAfterTheOthers)
+{
+    fusion.offer();
+    ASSERT_TRUE(session->openCameraBySerial(u"F1"_s));
+    EXPECT_EQ(tables(),
+              Lines({"table of 0", "table of 1", "table of 3", "table of 5", "table of 4", "table of 6",
+                     "table of 7"}));
+    // A DVS-only camera leaves that panel alone.
+    log.clear();
+    const CapturedMessages messages;
+    backend->offer("S1", "Halvora");
+    ASSERT_TRUE(session->openCameraBySerial(u"S1"_s));
+    EXPECT_EQ(tables(),
+              Lines({"table of 0", "table of 1", "table of 3", "table of 5", "table of 4", "table of 6"}));
+    EXPECT_FALSE(messages.debug().contains(u"camera aps infos is null ."_s));
+}
+
+TEST_F(SideBarsTest, ACameraThatCannotBeOpenedLeavesNoSections)
+{
+    backend->offer("S1", "Halvora");
+    backend->onOpen = [](ScriptedCamera&) { return false; };
+    const CapturedMessages messages;
+    ASSERT_TRUE(session->openCameraBySerial(u"S1"_s));
+    EXPECT_EQ(messages.debug().count(u"camera device is null ."_s), 5);
+    EXPECT_EQ(messages.debug().count(u"Camera tool is null ."_s), 1);
+}
+
+TEST_F(SideBarsTest, ThePanelsLetGoOfTheToolsWhenTheyEnd)
+{
+    std::weak_ptr<korvane::CameraTool> tool;
+    backend->onOpen = [&](ScriptedCamera& camera) {
+        auto made = std::make_shared<EmptyTool>("0", log);
+        tool = made;
+        camera.addTool(korvane::ToolType::Biases, made);
+        return true;
+    };
+    backend->offer("S1", "Halvora");
+    ASSERT_TRUE(session->openCameraBySerial(u"S1"_s));
+    session->release();
+    bars.reset();
+    EXPECT_TRUE(tool.expired());
 }
 
 TEST_F(SideBarsTest, ARecordingEmptiesThePanels)

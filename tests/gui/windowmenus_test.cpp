@@ -1,6 +1,7 @@
 #include "mainwindow/windowmenus.h"
 
 #include "app/config.h"
+#include "app/kvgeneralsetting.h"
 #include "app/productinfo.h"
 #include "tests/gui/mainwindowfixture.h"
 #include "tests/support/scripteddialogs.h"
@@ -8,6 +9,7 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QListWidget>
+#include <QSignalSpy>
 #include <QUrl>
 #include <gtest/gtest.h>
 
@@ -50,6 +52,17 @@ protected:
                 return candidate;
         }
         return nullptr;
+    }
+    WindowMenus& menus() const { return *window->findChild<WindowMenus*>(); }
+    static bool holds(const QImage& image, const QColor& colour)
+    {
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixelColor(x, y) == colour)
+                    return true;
+            }
+        }
+        return false;
     }
     static void clickItem(QMenu& menu, const QString& text)
     {
@@ -216,11 +229,150 @@ TEST_F(WindowMenusTest, TheLanguageSwitchPutOffForLaterChangesNothing)
     EXPECT_TRUE(window->isVisible());
 }
 
+TEST_F(WindowMenusTest, GeneralSettingRunsTheDialogWithoutParentAndDestroysIt)
+{
+    QPointer<QWidget> dialog;
+    const QWidget* parent = window.get();
+    const ScriptedPerson person([&](QWidget& modal) {
+        if (!qobject_cast<KvGeneralSetting*>(&modal))
+            return false;
+        dialog = &modal;
+        parent = modal.parentWidget();
+        modal.close();
+        return true;
+    });
+    choose("pb_menu_setting", u"General Setting"_s);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return person.isDone() && dialog.isNull(); }));
+    EXPECT_EQ(parent, nullptr);
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(WindowMenusTest, TheGeneralSettingsButtonRunsTheDialogOverTheWindowAndIsUncheckedAfterwards)
+{
+    const QWidget* parent = nullptr;
+    bool checked = false;
+    const ScriptedPerson person([&](QWidget& modal) {
+        if (!qobject_cast<KvGeneralSetting*>(&modal))
+            return false;
+        parent = modal.parentWidget();
+        checked = button("pb_fold_general_setting").isChecked();
+        modal.close();
+        return true;
+    });
+    click("pb_fold_general_setting");
+    EXPECT_TRUE(person.isDone());
+    EXPECT_EQ(parent, window.get());
+    EXPECT_TRUE(checked) << "while the dialog is open";
+    EXPECT_FALSE(button("pb_fold_general_setting").isChecked());
+    EXPECT_TRUE(button("pb_fold_setting").isChecked()) << "the side bars are not touched";
+    EXPECT_EQ(find("frame_setting").maximumWidth(), 500);
+}
+
+TEST_F(WindowMenusTest, SavingAndCuttingAskForARecordingFirst)
+{
+    for (const QString& item : {u"Save as..."_s, u"Cut Recording"_s}) {
+        QSignalSpy tips(window.get(), &MainWidget::signalShowLeftBottomTips);
+        choose("pb_menu_file", item);
+        ASSERT_TRUE(QTest::qWaitFor([&tips] { return tips.count() == 1; })) << item.toStdString();
+        EXPECT_EQ(tips[0][0].toString(), u"Please open a raw file first."_s);
+        EXPECT_EQ(tips[0][1].value<KvMessageType>(), Warning);
+        EXPECT_EQ(tips[0][2].toString(), QString());
+    }
+}
+
+TEST_F(WindowMenusTest, EveryMenuTellsTheWindowWhatWasTriggered)
+{
+    for (const char* const name : menuButtons) {
+        QAction nothing(u"Something else"_s);
+        QSignalSpy told(&menus(), &WindowMenus::triggered);
+        emit button(name).menu()->triggered(&nothing);
+        EXPECT_EQ(told.count(), 1) << name;
+    }
+}
+
+TEST_F(WindowMenusTest, AnEntryIsKnownByItsText)
+{
+    // The same texts on other actions: what counts is the text.
+    const std::pair<QString, void (WindowMenus::*)()> entries[]
+        = {{u"Quit"_s, &WindowMenus::quitRequested},
+           {u"About us"_s, &WindowMenus::aboutRequested},
+           {u"EN/中文"_s, &WindowMenus::languageRequested},
+           {u"General Setting"_s, &WindowMenus::generalSettingRequested}};
+    WindowMenus& all = menus();
+    all.disconnect(window.get());
+    for (const auto& [text, signal] : entries) {
+        QSignalSpy told(&all, signal);
+        const QAction action(text);
+        all.openAction(&action);
+        EXPECT_EQ(told.count(), 1) << text.toStdString();
+    }
+    // The others have connections of their own, and act once.
+    for (const QString& text : {u"Open Camera"_s, u"Open Recording"_s, u"Save as..."_s, u"Cut Recording"_s}) {
+        QSignalSpy camera(&all, &WindowMenus::openCameraRequested);
+        QSignalSpy recording(&all, &WindowMenus::openRecordingRequested);
+        QSignalSpy save(&all, &WindowMenus::saveAsRequested);
+        QSignalSpy cut(&all, &WindowMenus::cutRequested);
+        const QAction action(text);
+        all.openAction(&action);
+        EXPECT_EQ(camera.count() + recording.count() + save.count() + cut.count(), 0) << text.toStdString();
+    }
+}
+
+TEST_F(WindowMenusTest, TitleBarMenusAreDrawnInTheirColours)
+{
+    for (const char* const name : menuButtons) {
+        QMenu& menu = *button(name).menu();
+        menu.adjustSize();
+        const QImage rest = menu.grab().toImage();
+        EXPECT_EQ(rest.pixelColor(rest.width() / 2, 0), QColor(0xAA, 0xAA, 0xAA)) << name;
+        EXPECT_EQ(rest.pixelColor(0, rest.height() / 2), QColor(0xAA, 0xAA, 0xAA)) << name;
+        QAction* const first = menu.actions().constFirst();
+        const QRect item = menu.actionGeometry(first);
+        EXPECT_GE(item.height(), 30) << name;
+        const QPoint blank(item.right() - 8, item.center().y());
+        EXPECT_EQ(rest.pixelColor(blank), QColor(0xFF, 0xFF, 0xFF)) << name;
+        EXPECT_TRUE(holds(rest.copy(item), QColor(0x57, 0x57, 0x57))) << name;
+
+        menu.setActiveAction(first);
+        const QImage selected = menu.grab().toImage();
+        EXPECT_EQ(selected.pixelColor(blank), QColor(0x00, 0x4B, 0x6A)) << name;
+        EXPECT_TRUE(holds(selected.copy(item), QColor(0xFF, 0xFF, 0xFF))) << name;
+        for (QAction* const line : menu.actions()) {
+            const QRect place = menu.actionGeometry(line);
+            if (line->isSeparator() && line != menu.actions().constLast()) {
+                EXPECT_TRUE(holds(rest.copy(place), QColor(0xC3, 0xC3, 0xC3))) << name;
+            }
+        }
+    }
+}
+
+TEST_F(WindowMenusTest, TheViewerSettingMenuIsDrawnInItsColoursWithItsSwitch)
+{
+    QMenu& menu = find<QMenu>("menu_viewer_setting");
+    menu.adjustSize();
+    const QImage off = menu.grab().toImage();
+    EXPECT_EQ(off.pixelColor(off.width() / 2, 0), QColor(0x00, 0x4B, 0x6A));
+    QAction* const toggle = menu.actions().constFirst();
+    const QRect item = menu.actionGeometry(toggle);
+    EXPECT_GE(item.height(), 30);
+    EXPECT_TRUE(holds(off.copy(item), QColor(0x57, 0x57, 0x57)));
+    // The switch: 36 wide, 20 high, 10 from the right.
+    const QRect place(item.right() + 1 - 10 - 36, item.center().y() - 9, 36, 20);
+    toggle->setChecked(true);
+    const QImage on = menu.grab().toImage();
+    EXPECT_NE(off.copy(place), on.copy(place));
+    EXPECT_EQ(off.copy(QRect(item.topLeft(), QPoint(place.left() - 2, item.bottom()))),
+              on.copy(QRect(item.topLeft(), QPoint(place.left() - 2, item.bottom()))));
+    menu.setActiveAction(toggle);
+    const QImage selected = menu.grab().toImage();
+    EXPECT_EQ(selected.pixelColor(item.right() - 4, item.center().y()), QColor(0xED, 0xF1, 0xF3));
+    EXPECT_TRUE(holds(selected.copy(item), QColor(0x55, 0x55, 0x55)));
+}
+
 TEST_F(WindowMenusTest, AnUnknownActionDoesNothing)
 {
-    auto& menus = *window->findChild<WindowMenus*>();
     QAction other(u"Something else"_s);
-    menus.openAction(&other);
+    ASSERT_TRUE(QMetaObject::invokeMethod(window.get(), "openActionSlot", Q_ARG(QAction*, &other)));
     QCoreApplication::processEvents();
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
