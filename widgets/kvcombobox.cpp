@@ -170,13 +170,21 @@ void KvComboBox::setStyleDeclaration(QString property, QString declaration)
 bool KvComboBox::eventFilter(QObject* watched, QEvent* event)
 {
     const QLineEdit* field = comboBox()->lineEdit();
-    if (watched == field && field->isReadOnly()
-        && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
-        && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-        comboBox()->showPopup();
-        return true;
-    }
-    return QWidget::eventFilter(watched, event);
+    if (watched != field || !field->isReadOnly())
+        return QWidget::eventFilter(watched, event);
+
+    const auto type = event->type();
+    if (type != QEvent::MouseButtonPress && type != QEvent::MouseButtonRelease
+        && type != QEvent::MouseButtonDblClick)
+        return QWidget::eventFilter(watched, event);
+    const auto* mouse = static_cast<QMouseEvent*>(event);
+    if (mouse->button() != Qt::LeftButton)
+        return QWidget::eventFilter(watched, event);
+    if (type == QEvent::MouseButtonPress)
+        comboBox()->setFocus(Qt::MouseFocusReason);
+    else if (type == QEvent::MouseButtonRelease && field->rect().contains(mouse->position().toPoint()))
+        comboBox()->showPopup(); // a list opened by the press would be closed by the release
+    return true;
 }
 
 void KvComboBox::on_cb_combox_in_widget_currentTextChanged(QString arg1)

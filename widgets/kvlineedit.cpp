@@ -5,6 +5,7 @@
 
 #include "ui_kvlineedit.h"
 
+#include <QApplication>
 #include <QScopedValueRollback>
 #include <QWindow>
 
@@ -78,7 +79,12 @@ void KvLineEdit::setText(const QString& text)
 void KvLineEdit::slotMouseHoverd(bool shown)
 {
     if (!shown) {
-        if (popup != nullptr)
+        if (popup == nullptr)
+            return;
+        // Not every window system heeds that the pop-up wants no focus: then it gives it back.
+        if (QApplication::activeWindow() == popup.get())
+            QMetaObject::invokeMethod(window(), &QWidget::activateWindow, Qt::QueuedConnection);
+        else
             popup->hide();
         return;
     }
@@ -97,10 +103,11 @@ void KvLineEdit::slotMouseHoverd(bool shown)
                            anchoredHeight);
     else
         popup->setGeometry(under.x(), under.y(), editor->width(), ownHeight);
+    // Keeps it above the window it belongs to, though it has no parent; window managers look when it is
+    // shown.
+    popup->winId();
+    popup->windowHandle()->setTransientParent(window()->windowHandle());
     popup->show();
-    // Keeps it above the window it belongs to, though it has no parent.
-    if (popup->windowHandle() != nullptr)
-        popup->windowHandle()->setTransientParent(window()->windowHandle());
 }
 
 void KvLineEdit::onSliderMoved(int value)

@@ -21,6 +21,10 @@ public:
     /// Puts a widget below those already there and takes it over.
     void addWidget(QWidget* widget);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     std::unique_ptr<Ui::PopWidget> ui;
 };

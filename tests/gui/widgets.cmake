@@ -3,6 +3,7 @@ korvane_add_test(widgets_test GUI
         kvcapturedlog.h
         kvcombobox_test.cpp
         kvfilepathreminderform_test.cpp
+        kvlineedit_test.cpp
         kvmessagebox_test.cpp
         kvpopwidget_test.cpp
         kvslider_test.cpp
@@ -10,6 +11,7 @@ korvane_add_test(widgets_test GUI
         kvthreehandleslider_test.cpp
         kvthreehandlesliderfixture.h
         kvthreehandlesliderpainting_test.cpp
+        kvtooltip_test.cpp
         kvwaitingwin_test.cpp
         timestamptext_test.cpp
     LINKS korvane_widgets korvane_resources)
