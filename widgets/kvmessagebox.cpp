@@ -32,6 +32,11 @@ KVMessageBox::~KVMessageBox() = default;
 void KVMessageBox::fitText()
 {
     ensurePolished();
+    // Their stated least width would let the layout cut longer texts.
+    for (QPushButton* button : {ui->pb_close, ui->pb_open}) {
+        button->ensurePolished();
+        button->setMinimumWidth(std::max(button->minimumWidth(), button->sizeHint().width()));
+    }
     const int width = std::max(minimumWidth(), layout()->minimumSize().width());
     resize(width, std::max(minimumHeight(), layout()->totalHeightForWidth(width)));
 }
