@@ -1,5 +1,6 @@
 #include "settings/settingitembox.h"
 
+#include "settings/layoutsettling.h"
 #include "ui_settingitembox.h"
 
 #include <QRegularExpression>
@@ -63,13 +64,20 @@ void SettingItemBox::on_pb_fold_clicked(bool checked)
 void SettingItemBox::applyFold(bool folded)
 {
     QString styleSheet = ui->widget_setting_box_title->styleSheet();
+    // Else the focus would wander from a hidden item to one of another section, and open its slider.
+    QWidget* const focused = focusWidget();
+    if (folded && focused != nullptr && ui->widget_container->isAncestorOf(focused))
+        focused->clearFocus();
     ui->widget_container->setVisible(!folded);
     putDeclaration(styleSheet, QStringLiteral("(\\bborder[^;]*;)"),
                    folded ? QStringLiteral("border-left: 0px solid #004B6A;")
                           : QStringLiteral("border-left: 2px solid #004B6A;"));
     putDeclaration(styleSheet, QStringLiteral("(\\bbackground[^;]*;)"),
                    folded ? QStringLiteral("background: #F4F5F7;") : QStringLiteral("background: #E1E9ED;"));
-    ui->widget_setting_box_title->setStyleSheet(styleSheet);
+    // Setting a style sheet costs, even the same one.
+    if (styleSheet != ui->widget_setting_box_title->styleSheet())
+        ui->widget_setting_box_title->setStyleSheet(styleSheet);
+    settleLayouts(this);
 }
 
 void SettingItemBox::settle(QWidget* item)

@@ -28,8 +28,9 @@ SettingPanel::SettingPanel(const QString& heading, QWidget* parent)
 SettingPanel::~SettingPanel() = default;
 
 std::map<std::string, korvane::BasicParameterInfo>
-SettingPanel::beginSection(SettingSection& section, std::shared_ptr<korvane::CameraTool> tool,
-                           const char* noToolText, const char* noParametersText)
+SettingPanel::beginSection(SettingSection& section, const QString& title,
+                           std::shared_ptr<korvane::CameraTool> tool, const char* noToolText,
+                           const char* noParametersText)
 {
     removeBox(section.box);
     std::map<std::string, korvane::BasicParameterInfo> parameters;
@@ -39,13 +40,19 @@ SettingPanel::beginSection(SettingSection& section, std::shared_ptr<korvane::Cam
     }
     section.tool = std::move(tool);
     section.tool->getAllParameterInfo(parameters);
-    if (parameters.empty())
+    if (parameters.empty()) {
         qDebug("%s", noParametersText);
+        return parameters;
+    }
+    section.box = std::make_unique<SettingItemBox>();
+    section.box->setTitle(title);
     return parameters;
 }
 
 void SettingPanel::endSection(SettingSection& section)
 {
+    if (section.box == nullptr)
+        return;
     section.box->setFold(true);
     insertBox(section.box.get());
 }
@@ -61,6 +68,9 @@ void SettingPanel::removeBox(std::unique_ptr<SettingItemBox>& box)
 {
     if (box == nullptr)
         return;
+    // Else the focus would wander to an item of another section, and open its slider.
+    if (QWidget* const focused = box->focusWidget())
+        focused->clearFocus();
     contentLayout->removeWidget(box.get());
     box.reset();
     contentLayout->update();

@@ -1,8 +1,23 @@
 #include "settings/sidebardvssettingui.h"
 
+#include "settings/settingbasewithcombobox.h"
+#include "settings/settingbasewithlineedit.h"
+#include "settings/settingbasewithswitchbutton.h"
+#include "settings/settingitems.h"
+
 #include <utility>
 
 using korvane::CameraTool;
+
+namespace {
+
+/// What switches a filter on is off at first, whatever the tool tells.
+bool off(const korvane::BoolParameterInfo&)
+{
+    return false;
+}
+
+} // namespace
 
 SidebarDvsSettingUI::SidebarDvsSettingUI(QWidget* parent) : SettingPanel(tr("DVS Setting"), parent) {}
 
@@ -10,56 +25,72 @@ SidebarDvsSettingUI::~SidebarDvsSettingUI() = default;
 
 void SidebarDvsSettingUI::setBiasesToolUI(std::shared_ptr<CameraTool> tool)
 {
-    const auto parameters
-        = beginSection(biases, std::move(tool), "Camera tool is null .", "camera biases is null .");
-    if (parameters.empty())
-        return;
-    biases.box = std::make_unique<SettingItemBox>();
-    biases.box->setTitle(tr("Biases"));
+    const auto parameters = beginSection(biases, tr("Biases"), std::move(tool), "Camera tool is null .",
+                                         "camera biases is null .");
+    for (const auto& [name, parameter] : parameters) {
+        // Biases are offsets: they start at none, whatever the tool tells.
+        const auto none = [](const korvane::IntParameterInfo&) { return 0; };
+        addItem(biases, makeIntegerItem(*biases.tool, name, parameter, none),
+                &SidebarDvsSettingUI::onBiasSliderValueChanged);
+    }
     endSection(biases);
 }
 
 void SidebarDvsSettingUI::setTriggerInToolUI(std::shared_ptr<CameraTool> tool)
 {
-    const auto parameters
-        = beginSection(triggerIn, std::move(tool), "camera device is null .", "camera trigger is null .");
-    if (parameters.empty())
-        return;
-    triggerIn.box = std::make_unique<SettingItemBox>();
-    triggerIn.box->setTitle(tr("Trigger In"));
+    const auto parameters = beginSection(triggerIn, tr("Trigger In"), std::move(tool),
+                                         "camera device is null .", "camera trigger is null .");
+    for (const auto& [name, parameter] : parameters) {
+        const auto asReported = [](const korvane::BoolParameterInfo& info) { return info.value; };
+        addItem(triggerIn, makeSwitchItem(*triggerIn.tool, name, parameter, asReported),
+                &SidebarDvsSettingUI::onTriggerInSliderValueChanged);
+    }
     endSection(triggerIn);
 }
 
 void SidebarDvsSettingUI::setAntiFlickerToolUI(std::shared_ptr<CameraTool> tool)
 {
-    const auto parameters
-        = beginSection(antiFlicker, std::move(tool), "camera device is null .", "camera trigger is null .");
-    if (parameters.empty())
-        return;
-    antiFlicker.box = std::make_unique<SettingItemBox>();
-    antiFlicker.box->setTitle(tr("Anti Flicker"));
+    const auto parameters = beginSection(antiFlicker, tr("Anti Flicker"), std::move(tool),
+                                         "camera device is null .", "camera trigger is null .");
+    for (const auto& [name, parameter] : parameters) {
+        addItem(antiFlicker, makeIntegerItem(*antiFlicker.tool, name, parameter),
+                qOverload<std::string, int>(&SidebarDvsSettingUI::onAntiFlickerSliderValueChanged));
+        addItem(antiFlicker, makeFloatItem(*antiFlicker.tool, name, parameter),
+                &SidebarDvsSettingUI::onAntiFlickerSliderFloatValueChanged);
+        addItem(antiFlicker, makeSwitchItem(*antiFlicker.tool, name, parameter, off),
+                qOverload<std::string, bool>(&SidebarDvsSettingUI::onAntiFlickerSliderValueChanged), 0);
+        addItem(antiFlicker, makeComboItem(*antiFlicker.tool, name, parameter),
+                &SidebarDvsSettingUI::onAntiFlickerSliderEnumValueChanged, 1);
+    }
     endSection(antiFlicker);
 }
 
 void SidebarDvsSettingUI::setEventRateControlToolUI(std::shared_ptr<CameraTool> tool)
 {
-    const auto parameters = beginSection(eventRateControl, std::move(tool), "camera device is null .",
-                                         "camera trigger is null .");
-    if (parameters.empty())
-        return;
-    eventRateControl.box = std::make_unique<SettingItemBox>();
-    eventRateControl.box->setTitle(tr("Event Rate Control"));
+    const auto parameters = beginSection(eventRateControl, tr("Event Rate Control"), std::move(tool),
+                                         "camera device is null .", "camera trigger is null .");
+    for (const auto& [name, parameter] : parameters) {
+        addItem(eventRateControl, makeIntegerItem(*eventRateControl.tool, name, parameter),
+                qOverload<std::string, int>(&SidebarDvsSettingUI::onEventRateControlSliderValueChanged));
+        addItem(eventRateControl, makeSwitchItem(*eventRateControl.tool, name, parameter, off),
+                qOverload<std::string, bool>(&SidebarDvsSettingUI::onEventRateControlSliderValueChanged));
+    }
     endSection(eventRateControl);
 }
 
 void SidebarDvsSettingUI::setEventTrailFilterToolUI(std::shared_ptr<CameraTool> tool)
 {
-    const auto parameters = beginSection(eventTrailFilter, std::move(tool), "camera device is null .",
-                                         "camera trigger is null .");
-    if (parameters.empty())
-        return;
-    eventTrailFilter.box = std::make_unique<SettingItemBox>();
-    eventTrailFilter.box->setTitle(tr("Event Trail Filter"));
+    const auto parameters = beginSection(eventTrailFilter, tr("Event Trail Filter"), std::move(tool),
+                                         "camera device is null .", "camera trigger is null .");
+    for (const auto& [name, parameter] : parameters) {
+        addItem(eventTrailFilter, makeIntegerItem(*eventTrailFilter.tool, name, parameter),
+                qOverload<std::string, int>(&SidebarDvsSettingUI::onEventTrailFilterSliderValueChanged));
+        addItem(eventTrailFilter, makeSwitchItem(*eventTrailFilter.tool, name, parameter, off),
+                qOverload<std::string, bool>(&SidebarDvsSettingUI::onEventTrailFilterSliderValueChanged));
+        addItem(
+            eventTrailFilter, makeComboItem(*eventTrailFilter.tool, name, parameter),
+            qOverload<std::string, std::string>(&SidebarDvsSettingUI::onEventTrailFilterSliderValueChanged));
+    }
     endSection(eventTrailFilter);
 }
 
@@ -67,12 +98,51 @@ void SidebarDvsSettingUI::setROIToolUI(std::shared_ptr<CameraTool> tool)
 {
     roiItems.clear();
     const auto parameters
-        = beginSection(roi, std::move(tool), "camera device is null .", "camera roi is null .");
-    if (parameters.empty())
-        return;
-    roi.box = std::make_unique<SettingItemBox>();
-    roi.box->setTitle(tr("ROI"));
+        = beginSection(roi, tr("ROI"), std::move(tool), "camera device is null .", "camera roi is null .");
+    for (const auto& [key, parameter] : parameters) {
+        const std::string& name = key;
+        const auto currentValue = [&](const korvane::IntParameterInfo&) {
+            int value = 0;
+            roi.tool->getIntParameter(name, value);
+            return value;
+        };
+        const auto currentState = [&](const korvane::BoolParameterInfo&) {
+            bool state = false;
+            roi.tool->getBoolParameter(name, state);
+            return state;
+        };
+        if (auto item = makeIntegerItem(*roi.tool, name, parameter, currentValue)) {
+            item->setValueChangedCallback([this](const std::string& coordinate, int value) {
+                return setRoiCoordinate(coordinate, value);
+            });
+            roiItems.push_back(item.get());
+            roi.box->addItem(item.release());
+        }
+        addItem(roi, makeSwitchItem(*roi.tool, name, parameter, currentState),
+                qOverload<std::string, bool>(&SidebarDvsSettingUI::onROISliderValueChanged));
+    }
     endSection(roi);
+}
+
+bool SidebarDvsSettingUI::setRoiCoordinate(const std::string& name, int value)
+{
+    const bool accepted = roi.tool->setIntParameter(name, value);
+    // The coordinates make a window together, so they are right or wrong together.
+    for (SettingBaseWithLineEdit* const item : roiItems)
+        item->setLineEditBorderState(accepted);
+    return accepted;
+}
+
+template <typename Item, typename Slot>
+void SidebarDvsSettingUI::addItem(SettingSection& section, std::unique_ptr<Item> item, Slot slot, int index)
+{
+    if (item == nullptr)
+        return;
+    connect(item.get(), &Item::signalItemValueChanged, this, slot);
+    if (index < 0)
+        section.box->addItem(item.release());
+    else
+        section.box->insertItem(item.release(), index);
 }
 
 void SidebarDvsSettingUI::clearAllToolUI()

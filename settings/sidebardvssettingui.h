@@ -54,6 +54,9 @@ private slots:
     void slotFpsChanged(uint32_t fps);
 
 private:
+    /// Connects an item, if there is one, and puts it into the section's box: at the end, or where asked.
+    template <typename Item, typename Slot>
+    void addItem(SettingSection& section, std::unique_ptr<Item> item, Slot slot, int index = -1);
     bool setRoiCoordinate(const std::string& name, int value);
 
     SettingSection biases;

@@ -278,6 +278,17 @@
     </message>
 </context>
 <context>
+    <name>SettingDisplayItem</name>
+    <message>
+        <source>Accumulation time</source>
+        <translation>Accumulation time</translation>
+    </message>
+    <message>
+        <source>Slow Rate</source>
+        <translation>Slow Rate</translation>
+    </message>
+</context>
+<context>
     <name>SidebarApsSettingUI</name>
     <message>
         <source>APS Setting</source>

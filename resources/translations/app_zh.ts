@@ -278,6 +278,17 @@
     </message>
 </context>
 <context>
+    <name>SettingDisplayItem</name>
+    <message>
+        <source>Accumulation time</source>
+        <translation>累积时间</translation>
+    </message>
+    <message>
+        <source>Slow Rate</source>
+        <translation>慢放倍率</translation>
+    </message>
+</context>
+<context>
     <name>SidebarApsSettingUI</name>
     <message>
         <source>APS Setting</source>
