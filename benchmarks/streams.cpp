@@ -32,31 +32,38 @@ void put(Bytes& bytes, Word word)
         bytes.push_back(static_cast<std::uint8_t>(word >> (8 * i)));
 }
 
-/// Goes on with the busy stream; `time` in microseconds.
-void appendBusyEvt3(Bytes& bytes, std::size_t until, std::uint64_t& time, Noise& noise)
+/// Ten events of one row.
+void appendBusyRow(Bytes& bytes, Noise& noise)
 {
     const auto word = [&bytes](std::uint32_t type, std::uint32_t value) {
         put(bytes, static_cast<std::uint16_t>((type << 12) | value));
     };
+    word(0x0, noise.below(720));
+    const std::uint32_t polarity = noise.next() & 1;
+    std::uint32_t x = noise.below(200);
+    for (int single = 0; single < 6; ++single) {
+        x += 1 + noise.below(40);
+        word(0x2, (polarity << 11) | x);
+    }
+    // Two triples of vectors with two events each, behind one base.
+    word(0x3, (polarity << 11) | (32 * (13 + noise.below(24))));
+    for (int triple = 0; triple < 2; ++triple) {
+        const std::uint32_t pixels = (1u << noise.below(32)) | (1u << noise.below(32));
+        word(0x4, pixels & 0xFFF);
+        word(0x4, (pixels >> 12) & 0xFFF);
+        word(0x5, pixels >> 24);
+    }
+}
+
+/// Goes on with the busy stream; `time` in microseconds, so many rows each.
+void appendBusyEvt3(Bytes& bytes, std::size_t until, std::uint64_t& time, Noise& noise, unsigned rows)
+{
     while (bytes.size() < until) {
         if (time % 16 == 0)
-            word(0x8, (time >> 12) & 0xFFF);
-        word(0x6, time & 0xFFF);
-        word(0x0, noise.below(720));
-        std::uint32_t polarity = noise.next() & 1;
-        std::uint32_t x = noise.below(200);
-        for (int single = 0; single < 6; ++single) {
-            x += 1 + noise.below(40);
-            word(0x2, (polarity << 11) | x);
-        }
-        // Two triples of vectors with two events each, behind one base.
-        word(0x3, (polarity << 11) | (32 * (13 + noise.below(24))));
-        for (int triple = 0; triple < 2; ++triple) {
-            const std::uint32_t pixels = (1u << noise.below(32)) | (1u << noise.below(32));
-            word(0x4, pixels & 0xFFF);
-            word(0x4, (pixels >> 12) & 0xFFF);
-            word(0x5, pixels >> 24);
-        }
+            put(bytes, static_cast<std::uint16_t>(0x8000u | ((time >> 12) & 0xFFF)));
+        put(bytes, static_cast<std::uint16_t>(0x6000u | (time & 0xFFF)));
+        for (unsigned row = 0; row < rows; ++row)
+            appendBusyRow(bytes, noise);
         ++time;
     }
 }
@@ -69,7 +76,7 @@ Bytes busyEvt3(std::size_t size)
     bytes.reserve(size + 256);
     Noise noise;
     std::uint64_t time = 0;
-    appendBusyEvt3(bytes, size, time, noise);
+    appendBusyEvt3(bytes, size, time, noise, 1);
     return bytes;
 }
 
@@ -122,12 +129,13 @@ Bytes evt21(std::size_t size)
     return bytes;
 }
 
-std::string busyRecording(const std::string& folder, std::size_t size)
+std::string busyRecording(const std::string& folder, std::size_t size, unsigned rows)
 {
     namespace fs = std::filesystem;
     std::error_code failed;
     fs::create_directories(folder, failed);
-    const fs::path path = fs::path(folder) / ("busy_" + std::to_string(size) + ".raw");
+    const fs::path path = fs::path(folder)
+        / ("busy_" + std::to_string(size) + (rows > 1 ? "_x" + std::to_string(rows) : "") + ".raw");
     if (fs::exists(path, failed) && fs::file_size(path, failed) >= size)
         return path.string();
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -138,7 +146,7 @@ std::string busyRecording(const std::string& folder, std::size_t size)
     Bytes bytes;
     for (std::size_t written = 0; written < size && out; written += bytes.size()) {
         bytes.clear();
-        appendBusyEvt3(bytes, piece, time, noise);
+        appendBusyEvt3(bytes, piece, time, noise, rows);
         out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
     out.close();
