@@ -18,6 +18,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// A frame period begins a moment before the read in it is noted: so much longer that a busy machine takes
+// over the first of two reads, so much shorter is the gap.
+constexpr auto moment = 10ms;
+
 class DvsReadingLoopTest : public testing::Test
 {
 protected:
@@ -158,7 +162,7 @@ TEST_F(DvsReadingLoopTest, WithoutABatchOnlyTheFramePeriodPaces)
     loop->stop();
     Clock::duration shortest = 1h;
     for (std::size_t i = 0; i < 10; ++i) {
-        EXPECT_GE(gap(i), 20ms);
+        EXPECT_GE(gap(i), 20ms - moment);
         shortest = std::min(shortest, gap(i));
     }
     EXPECT_LT(shortest, 1s);
@@ -173,7 +177,7 @@ TEST_F(DvsReadingLoopTest, TheRestOfAFramePeriodIsWaitedForAfterABatchToo)
     make().start(camera);
     awaitReads(2);
     loop->stop();
-    EXPECT_GE(gap(0), 50ms);
+    EXPECT_GE(gap(0), 50ms - moment);
 }
 
 TEST_F(DvsReadingLoopTest, AFramePeriodSetMeanwhileActsFromTheNextReadOn)
@@ -185,7 +189,7 @@ TEST_F(DvsReadingLoopTest, AFramePeriodSetMeanwhileActsFromTheNextReadOn)
     const auto reads = log.count("cam getNextEventBatch");
     awaitReads(reads + 2);
     loop->stop();
-    EXPECT_GE(gap(static_cast<std::size_t>(reads)), 40ms);
+    EXPECT_GE(gap(static_cast<std::size_t>(reads)), 40ms - moment);
 }
 
 TEST_F(DvsReadingLoopTest, AStopEndsEitherWaitAtOnce)
