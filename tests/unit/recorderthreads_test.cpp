@@ -2,6 +2,7 @@
 #include "camera/recording/recordingwriter.h"
 #include "tests/support/temporaryrecordings.h"
 
+#include <QFileInfo>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -62,7 +63,7 @@ private:
     Disk& disk;
 };
 
-/// One event a microsecond, all in the first row, no two of them neighbours in time: 4 bytes each.
+/// One event a microsecond, all at one pixel.
 std::vector<Event2D> batch(std::uint64_t number, std::size_t size)
 {
     std::vector<Event2D> events;
@@ -86,13 +87,13 @@ protected:
 TEST_F(RecorderThreads, ASlowDiskHoldsTheStreamBackAndLosesNothing)
 {
     constexpr std::size_t size = 256 * 1024;
-    constexpr std::uint64_t batches = 2 * RecordingWriter::queueRecords / size;
+    constexpr std::uint64_t batches = RecordingWriter::queueRecords / size + 4;
+    const auto events = batch(0, size);
     Recorder recorder({640, 480}, {}, onDisk());
     recorder.start(recordings.path("slow.raw"));
     std::atomic<std::uint64_t> pushed{0};
     std::thread stream([&] {
         for (std::uint64_t i = 0; i < batches; ++i) {
-            const auto events = batch(i, size);
             recorder.push(events.data(), events.data() + events.size());
             pushed = i + 1;
         }
@@ -107,19 +108,19 @@ TEST_F(RecorderThreads, ASlowDiskHoldsTheStreamBackAndLosesNothing)
     stream.join();
     recorder.stop();
     EXPECT_EQ(recorder.state().error, "");
-    EXPECT_GE(disk.written, batches * size * 4);
+    EXPECT_GE(disk.written, batches * size * 2) << "an event takes a word at least";
 }
 
 TEST_F(RecorderThreads, StoppingSetsAStreamFreeThatWaitsForTheDisk)
 {
     constexpr std::size_t size = 256 * 1024;
+    const auto events = batch(0, size);
     Recorder recorder({640, 480}, {}, onDisk());
     recorder.start(recordings.path("slow.raw"));
     std::atomic<std::uint64_t> pushed{0};
     std::atomic<bool> ending{false};
     std::thread stream([&] {
-        for (std::uint64_t i = 0; !ending; ++i) {
-            const auto events = batch(i, size);
+        while (!ending) {
             recorder.push(events.data(), events.data() + events.size());
             ++pushed;
         }
@@ -156,12 +157,11 @@ TEST_F(RecorderThreads, RecordingsComeAndGoWhileTheStreamRunsAndItsStateIsAsked)
     });
     const std::string path = recordings.path("again.raw");
     std::vector<std::string> paths;
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 3; ++i) {
         recorder.start(path);
         paths.push_back(recorder.state().path);
-        // Until something of it stands in the file.
-        QString error;
-        while (!RawFileReader::open(paths.back(), error))
+        // Until more than a header stands in the file.
+        while (QFileInfo(QString::fromStdString(paths.back())).size() < 4096)
             std::this_thread::yield();
         recorder.stop();
     }
@@ -169,19 +169,15 @@ TEST_F(RecorderThreads, RecordingsComeAndGoWhileTheStreamRunsAndItsStateIsAsked)
     stream.join();
     watcher.join();
     EXPECT_EQ(wrong, 0);
-    std::size_t recorded = 0;
     for (const std::string& each : paths) {
         const auto file = TemporaryRecordings::load(each);
-        if (!file)
-            continue;
-        ++recorded;
+        ASSERT_TRUE(file);
         std::uint64_t last = 0;
         file->getEndTimestamp(last);
         std::uint64_t first = 0;
         file->getStartTimestamp(first);
         EXPECT_EQ(file->getEventsAt(first, last - first + 1)->size(), last - first + 1) << "no gap";
     }
-    EXPECT_GT(recorded, 0u);
 }
 
 TEST_F(RecorderThreads, ACutRunsBesideThePlayingOfItsSource)
