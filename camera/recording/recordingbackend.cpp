@@ -1,5 +1,6 @@
 #include "camera/recording/recordingbackend.h"
 
+#include "camera/recording/apsvideoreader.h"
 #include "camera/recording/rawfilereader.h"
 #include "camera/recording/videomark.h"
 
@@ -14,6 +15,16 @@ std::unique_ptr<DvsFileReader> RecordingBackend::createDvsFileReader(const std::
     if (!reader)
         qWarning().noquote().nospace()
             << QString::fromLocal8Bit(path.c_str()) << ": is not a recording that can be read: " << error;
+    return reader;
+}
+
+std::unique_ptr<ApsFileReader> RecordingBackend::createApsFileReader(const std::string& path)
+{
+    QString error;
+    auto reader = ApsVideoReader::open(path, error);
+    if (!reader)
+        qWarning().noquote().nospace()
+            << QString::fromLocal8Bit(path.c_str()) << ": is no video that can be read: " << error;
     return reader;
 }
 

@@ -11,6 +11,8 @@ target_link_libraries(korvane_streamsupport PUBLIC korvane_recording)
 add_library(korvane_videosupport STATIC
     ${recordingSupport}/decodedvideo.cpp
     ${recordingSupport}/decodedvideo.h
+    ${recordingSupport}/foreignvideo.cpp
+    ${recordingSupport}/foreignvideo.h
     ${recordingSupport}/pictureluma.h)
 target_link_libraries(korvane_videosupport PUBLIC korvane_options Qt6::Gui PRIVATE PkgConfig::FFMPEG)
 
@@ -46,6 +48,13 @@ korvane_add_test(videothreads_test THREADS
         ${CMAKE_CURRENT_LIST_DIR}/videoexportfixture.h
         ${CMAKE_CURRENT_LIST_DIR}/videothreads_test.cpp
     LINKS korvane_recording korvane_display korvane_videosupport)
+# Videos of intensity frames: their threads need no event loop.
+korvane_add_test(apsvideo_test THREADS
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/apsvideofixture.h
+        ${CMAKE_CURRENT_LIST_DIR}/apsvideoreader_test.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/apsvideowriter_test.cpp
+    LINKS korvane_recording korvane_videosupport)
 # Random streams against the reference decoder.
 korvane_add_test(recordingstreams_test
     SOURCES
