@@ -192,7 +192,9 @@ std::size_t Evt3Encoder::putEvents(std::span<const Event2D> events, std::vector<
                 at = put(at, Vector12, mask & 0xFFF);
                 at = put(at, Vector12, mask >> 12 & 0xFFF);
                 at = put(at, Vector8, mask >> 24);
-                currentBase = polarity | (first + tripleWidth);
+                // Behind the last column that a word can name there is no base: its number would be taken for
+                // the polarity.
+                currentBase = first + tripleWidth < polarityBit ? polarity | (first + tripleWidth) : noBase;
                 event = behind;
                 continue;
             }

@@ -275,10 +275,10 @@ DvsFileReader::Events RawFileReader::getEventsAt(std::uint64_t start, std::uint6
         return events;
     const bool reached
         = streamEvents(start, saturatedSum(start, duration - 1), [&](std::span<const Event2D> piece) {
-              if (events->size() + piece.size() > maximumWindow) {
+              if (events->size() + piece.size() > windowLimit) {
                   if (!overfull.exchange(true))
                       qWarning().noquote().nospace() << filePath << ": a window holds more than "
-                                                     << maximumWindow << " events; only the first are shown";
+                                                     << windowLimit << " events; only the first are shown";
                   return false;
               }
               events->insert(events->end(), piece.begin(), piece.end());
@@ -343,7 +343,7 @@ DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::u
             continue;
         Cursor cursor(decoder, geometry, words, entries[i], &piece);
         while (!cursor.atEnd() && cursor.offset() < until && cursor.state().triggerFloor <= asSigned(end)
-               && triggers->size() < maximumWindow) {
+               && triggers->size() < windowLimit) {
             piece.clear();
             cursor.next(until);
             std::copy_if(piece.begin(), piece.end(), std::back_inserter(*triggers),
@@ -353,6 +353,9 @@ DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::u
         }
         meet(cursor.met());
     }
+    if (triggers->size() >= windowLimit && !triggersOverfull.exchange(true))
+        qWarning().noquote().nospace()
+            << filePath << ": a window holds " << windowLimit << " triggers or more; only the first are read";
     // A file that has shrunk may end before `start`.
     if (triggers->empty() && shrunk && !streamEvents(start, start, [](auto) { return true; }))
         return nullptr;

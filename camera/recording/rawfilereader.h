@@ -51,6 +51,10 @@ public:
     using EventSink = std::function<bool(std::span<const Event2D>)>;
     bool streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink);
 
+    /// Records that a window holds at most; to be set before reading begins.
+    void setWindowLimit(std::size_t records) { windowLimit = records; }
+    std::size_t mostInWindow() const { return windowLimit; }
+
     EvtEncoding encoding() const { return decoder.encoding(); }
     Geometry sensorGeometry() const { return geometry; }
     const RawHeader& fileHeader() const { return header; }
@@ -83,6 +87,8 @@ private:
     std::atomic<bool> loaded{false};
     std::atomic<bool> shrunk{false};
     std::atomic<bool> overfull{false};
+    std::atomic<bool> triggersOverfull{false};
+    std::size_t windowLimit = maximumWindow;
     EventPool pool;
 
     std::mutex positionMutex;

@@ -114,7 +114,6 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
         error = QStringLiteral("the range lies outside the recording");
         return false;
     }
-    end = std::min(end, lastTime);
     if (QFileInfo(path).fileName().isEmpty()) {
         error = QStringLiteral("the file has no name");
         return false;
@@ -125,7 +124,13 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
         return false;
     }
     const Geometry geometry = source.sensorGeometry();
-    const auto triggers = source.getTriggersAt(start, end - start + 1);
+    // Triggers may follow the last event: what was asked for counts, not where the events end.
+    const std::uint64_t duration = end - start;
+    const auto triggers = source.getTriggersAt(start, std::max(duration, duration + 1));
+    if (triggers && triggers->size() >= source.mostInWindow()) {
+        error = QStringLiteral("the range holds too many triggers");
+        return false;
+    }
     std::uint64_t events = 0;
     {
         VerifyingWriter writer(temporary.file(), temporary.name(),
@@ -134,7 +139,7 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
                           triggers ? std::span<const EventTriggerIn>(*triggers)
                                    : std::span<const EventTriggerIn>(),
                           writer);
-        source.streamEvents(start, end,
+        source.streamEvents(start, std::min(end, lastTime),
                             [&blocks](std::span<const Event2D> piece) { return blocks.add(piece); });
         blocks.finish();
         if (!writer.finish()) {

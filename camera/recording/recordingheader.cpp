@@ -13,9 +13,9 @@ namespace korvane::recording {
 
 namespace {
 
-/// Keys that the writer states itself.
-constexpr std::array<std::string_view, 8> ownKeys{"date",     "Date",       "evt",           "format",
-                                                  "geometry", "endianness", "serial_number", "end"};
+/// Keys that the writer states itself, and those of a source's time base, which a copy does not keep.
+constexpr std::array<std::string_view, 10> ownKeys{"date",       "Date",          "evt", "format", "geometry",
+                                                   "endianness", "serial_number", "t0",  "T0",     "end"};
 
 std::string presentDate()
 {

@@ -130,6 +130,20 @@ TEST(Evt3Encoder, NoTripleRunsPastTheRightEdge)
     EXPECT_LT(encode(events, {}, {320, 240}).size(), narrow.size());
 }
 
+TEST(Evt3Encoder, BehindTheLastColumnThatAWordCanNameThereIsNoBase)
+{
+    // The base behind column 2047 has the number of the polarity bit.
+    constexpr Geometry wide{2048, 4};
+    for (const unsigned polarity : {0u, 1u}) {
+        Events events;
+        for (std::uint16_t x = 2016; x < 2048; ++x)
+            events.emplace_back(x, std::uint16_t(1), static_cast<std::uint8_t>(polarity), 3);
+        for (std::uint16_t x = 0; x < 32; ++x)
+            events.emplace_back(x, std::uint16_t(2), std::uint8_t(1), 4);
+        EXPECT_EQ(decode(encode(events, {}, wide), wide).events, events);
+    }
+}
+
 TEST(Evt3Encoder, VectorsNeverReorder)
 {
     // Falling x, a repeated pixel and a change of polarity end a run.
@@ -238,7 +252,9 @@ TEST(Evt3Encoder, ATimeThatStepsBackIsHeld)
 TEST(Evt3Encoder, DecodingGivesBackWhatWasEncodedForRandomStreams)
 {
     std::mt19937_64 random(7);
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < 24; ++round) {
+        // The width of most cameras, and the greatest that words can name.
+        const Geometry sensor = round % 6 == 5 ? Geometry{2048, 720} : hd;
         const unsigned density = static_cast<unsigned>(round % 5) + 1;
         Events events;
         Triggers triggers;
@@ -246,11 +262,11 @@ TEST(Evt3Encoder, DecodingGivesBackWhatWasEncodedForRandomStreams)
         std::uint64_t time = round % 2 == 0 ? random() % 1000 : 86'400'000'000 + random() % 1000;
         while (events.size() < 20000) {
             const auto y = static_cast<std::uint16_t>(random() % 720);
-            auto x = static_cast<unsigned>(random() % 1280);
+            auto x = static_cast<unsigned>(random() % sensor.width);
             auto polarity = static_cast<std::uint8_t>(random() & 1);
-            for (std::uint64_t n = random() % (density * 8 + 2); n > 0 && x < 1280; --n) {
+            for (std::uint64_t n = random() % (density * 8 + 2); n > 0 && x < sensor.width; --n) {
                 events.emplace_back(static_cast<std::uint16_t>(x), y, polarity, time);
-                x = random() % 40 == 0 ? static_cast<unsigned>(random() % 1280)
+                x = random() % 40 == 0 ? static_cast<unsigned>(random() % sensor.width)
                                        : x + 1 + static_cast<unsigned>(random() % density);
                 polarity = static_cast<std::uint8_t>(random() % 50 == 0 ? polarity ^ 1 : polarity);
             }
@@ -263,7 +279,7 @@ TEST(Evt3Encoder, DecodingGivesBackWhatWasEncodedForRandomStreams)
         events.emplace_back(std::uint16_t(5), std::uint16_t(5), std::uint8_t(1), time);
 
         // In pieces of any size, as a recorder gets them.
-        Evt3Encoder encoder(hd);
+        Evt3Encoder encoder(sensor);
         std::vector<std::uint8_t> words;
         std::size_t event = 0;
         std::size_t trigger = 0;
@@ -279,12 +295,12 @@ TEST(Evt3Encoder, DecodingGivesBackWhatWasEncodedForRandomStreams)
             event += count;
             trigger = last;
         }
-        const Decoded decoded = decode(words);
+        const Decoded decoded = decode(words, sensor);
         const std::uint64_t base = baseOf(events, triggers);
         ASSERT_EQ(decoded.events, counted(events, base)) << "round " << round;
         ASSERT_EQ(decoded.triggers, counted(triggers, base)) << "round " << round;
         // And by a decoder that shares no code with ours.
-        const auto judged = reference::decode(EvtEncoding::Evt3, words, hd);
+        const auto judged = reference::decode(EvtEncoding::Evt3, words, sensor);
         ASSERT_EQ(judged.events, decoded.events) << "round " << round;
         ASSERT_EQ(judged.triggers, decoded.triggers) << "round " << round;
     }

@@ -266,7 +266,8 @@ TEST_F(RecordingCut, KeepsTheDateAndWhatElseTheHeaderTells)
     const std::string other
         = recordings.write("told.raw",
                            "% Date 2019-08-07 06:05:04\n% lens 8 mm, f/2\n% evt 2.0\n% serial_number 0042\n"
-                           "% geometry 640x480\n% operator \xE6\x9D\x8E\n% lens again\n% end\n",
+                           "% geometry 640x480\n% operator \xE6\x9D\x8E\n% lens again\n% t0 1234567\n"
+                           "% T0 89\n% end\n",
                            variedStream());
     ASSERT_TRUE(TemporaryRecordings::load(other)->cutFile(start, end, recordings.path("cut.raw")));
     QFile file(QString::fromStdString(recordings.path("cut.raw")));
@@ -323,6 +324,41 @@ TEST_F(RecordingCut, TriggersOnChannelsThatWordsCannotNameAreLeftOutAndLoggedOnc
     const auto cut = TemporaryRecordings::load(recordings.path("cut.raw"));
     EXPECT_EQ(*cut->getTriggersAt(0, 100), (std::vector<EventTriggerIn>{{15, 0, 2}}));
     EXPECT_EQ(all(*cut).size(), 2u);
+}
+
+TEST_F(RecordingCut, TriggersBehindTheLastEventAreKeptAsFarAsTheRangeGoes)
+{
+    const evt::Bytes bytes
+        = evt::words2({evt::high2(0), evt::cd2(1, 2, 3, 4), evt::trigger2(3, 1, 1), evt::cd2(1, 5, 3, 4),
+                       evt::trigger2(9, 2, 0), evt::high2(200'000), evt::trigger2(7, 3, 1)});
+    const auto trailing = TemporaryRecordings::load(
+        recordings.write("trailing.raw", TemporaryRecordings::header(EvtEncoding::Evt2), bytes));
+    ASSERT_TRUE(trailing);
+    const std::vector<EventTriggerIn> wanted{{1, 1, 3}, {2, 0, 9}, {3, 1, 12'800'007}};
+    std::size_t count = 1;
+    for (const std::uint64_t to : {std::uint64_t(5), std::uint64_t(9), ~std::uint64_t(0)}) {
+        const std::string path = recordings.path("cut" + std::to_string(count) + ".raw");
+        ASSERT_TRUE(trailing->cutFile(0, to, path));
+        const auto cut = TemporaryRecordings::load(path);
+        EXPECT_EQ(all(*cut).size(), 2u);
+        EXPECT_EQ(*cut->getTriggersAt(0, ~std::uint64_t(0)),
+                  (std::vector<EventTriggerIn>(wanted.begin(), wanted.begin() + std::ptrdiff_t(count))));
+        ++count;
+    }
+}
+
+TEST_F(RecordingCut, OfMoreTriggersThanAWindowHoldsFailsAndIsLogged)
+{
+    reader->setWindowLimit(100);
+    const CapturedMessages messages;
+    EXPECT_FALSE(reader->cutFile(start, end, recordings.path("cut.raw")));
+    EXPECT_EQ(others(), QStringList());
+    EXPECT_GE(reader->getTriggersAt(start, end)->size(), 100u);
+    const QStringList lines = messages.warnings();
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_TRUE(
+        lines[0].endsWith(QStringLiteral(": a window holds 100 triggers or more; only the first are read")));
+    EXPECT_TRUE(lines[1].endsWith(QStringLiteral(": the range holds too many triggers")));
 }
 
 TEST_F(RecordingCut, ATriggerThatComesLateInTheWordsKeepsItsTime)
