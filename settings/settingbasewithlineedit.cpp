@@ -5,6 +5,8 @@
 #include "settings/parameternames.h"
 #include "ui_settingbasewithlineedit.h"
 
+#include <QApplication>
+#include <QComboBox>
 #include <QEvent>
 #include <QSignalBlocker>
 
@@ -36,7 +38,7 @@ SettingBaseWithLineEdit::SettingBaseWithLineEdit(std::string name, QWidget* pare
     ui->horizontalSlider->setFocusProxy(ui->le_kv_line_edit);
     ui->horizontalSlider->installEventFilter(this);
     connect(ui->le_kv_line_edit, &KvLineEditBase::signalMouseHoverd, this,
-            &SettingBaseWithLineEdit::showSlider);
+            &SettingBaseWithLineEdit::onFieldHovered);
     connect(ui->le_kv_line_edit, &QLineEdit::editingFinished, this, &SettingBaseWithLineEdit::finishEditing);
 }
 
@@ -126,10 +128,31 @@ bool SettingBaseWithLineEdit::eventFilter(QObject* watched, QEvent* event)
         event->ignore();
         return true;
     }
+    if (hidesOnRelease && event->type() == QEvent::MouseButtonRelease) {
+        hidesOnRelease = false;
+        qApp->removeEventFilter(this);
+        // The release is still on its way to whatever was pressed.
+        const auto hideUnlessBack = [this] { setSliderShown(ui->le_kv_line_edit->hasFocus()); };
+        QMetaObject::invokeMethod(this, hideUnlessBack, Qt::QueuedConnection);
+    }
     return QWidget::eventFilter(watched, event);
 }
 
-void SettingBaseWithLineEdit::showSlider(bool shown)
+void SettingBaseWithLineEdit::onFieldHovered(bool hovered)
+{
+    const bool pressing = QGuiApplication::mouseButtons() != Qt::NoButton;
+    const bool listOpens = qobject_cast<QComboBox*>(QApplication::focusWidget()) != nullptr;
+    if (hovered || !pressing || listOpens) {
+        // At once where a list opens, which stays where the press found its combo box.
+        setSliderShown(hovered);
+        return;
+    }
+    // Else what is being pressed below would move up from under the pointer, and the click would be lost.
+    hidesOnRelease = true;
+    qApp->installEventFilter(this);
+}
+
+void SettingBaseWithLineEdit::setSliderShown(bool shown)
 {
     ui->widget_with_slider->setVisible(shown);
     settleLayouts(this);

@@ -46,7 +46,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void showSlider(bool shown);
+    void onFieldHovered(bool hovered);
+    void setSliderShown(bool shown);
     void finishEditing();
     void step(int value);
 
@@ -54,4 +55,5 @@ private:
     int min = 0;
     int max = 0;
     ValueChangedCallback valueChangedCallback;
+    bool hidesOnRelease = false; ///< the slider goes when the mouse button that took the focus is released
 };

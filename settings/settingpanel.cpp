@@ -46,6 +46,8 @@ SettingPanel::beginSection(SettingSection& section, const QString& title,
     }
     section.box = std::make_unique<SettingItemBox>();
     section.box->setTitle(title);
+    // Before its items: what is put into a box that stands in its place is styled once, not twice.
+    insertBox(section.box.get());
     return parameters;
 }
 
@@ -54,7 +56,7 @@ void SettingPanel::endSection(SettingSection& section)
     if (section.box == nullptr)
         return;
     section.box->setFold(true);
-    insertBox(section.box.get());
+    update();
 }
 
 void SettingPanel::insertBox(SettingItemBox* box)

@@ -26,13 +26,13 @@ public:
 protected:
     SettingPanel(const QString& heading, QWidget* parent);
 
-    /// Begins to fill a section anew: takes away the box it had, keeps the tool, and makes a new box. Gives
-    /// the tool's parameters, none when there is nothing to show; then there is no box, and the text that
-    /// fits is logged.
+    /// Begins to fill a section anew: takes away the box it had, keeps the tool, and puts a new box below the
+    /// others. Gives the tool's parameters, none when there is nothing to show; then there is no box, and the
+    /// text that fits is logged.
     std::map<std::string, korvane::BasicParameterInfo>
     beginSection(SettingSection& section, const QString& title, std::shared_ptr<korvane::CameraTool> tool,
                  const char* noToolText, const char* noParametersText);
-    /// Shows a section that has got its items, folded and below the others; nothing when it has no box.
+    /// Folds a section that has got its items; nothing when it has no box.
     void endSection(SettingSection& section);
     /// Puts a section below the others. The panel shows it, the caller keeps it.
     void insertBox(SettingItemBox* box);

@@ -134,8 +134,7 @@ TEST(SettingSections, FillingAndClearingAThousandTimesLeavesNothingBehind)
     window.put(aps);
     const auto rich = toolOfEveryKind();
     const auto small = std::make_shared<ScriptedTool>();
-    small->addBoolean("enable", true);
-    small->addInteger("x", 0, 100, 50, "%");
+    small->addBare("strange", 3); // a section without rows
     const CapturedMessages quiet;
     // A section each turn, so that the sections share the thousand and the test stays quick.
     const auto turn = [&](int number, const std::shared_ptr<ScriptedTool>& tool) {
@@ -311,9 +310,10 @@ TEST(SettingSections, ItemsStayAlignedAndWholeAtAnyWidth)
     }
 }
 
-TEST(SettingSections, AClickThatTakesTheFocusElsewhereStillHits)
+TEST(SettingSections, ASliderThatLosesTheFocusToAPressStaysUntilTheRelease)
 {
     SettingsWindow window;
+    window.setFocusPolicy(Qt::StrongFocus); // as the program's window has
     SidebarDvsSettingUI panel;
     window.put(panel);
     const auto tool = toolOfEveryKind();
@@ -322,10 +322,36 @@ TEST(SettingSections, AClickThatTakesTheFocusElsewhereStillHits)
     unfoldAll(panel);
     child(panel, "le_kv_line_edit").setFocus();
     SettingsWindow::settle();
-    // The slider of the row above would fold away under the press.
-    SettingItemBox& last = *fromTop<SettingItemBox>(panel).last();
-    QTest::mouseClick(&child(last, "switchButton"), Qt::LeftButton);
+    QWidget& sliderRow = child(panel, "widget_with_slider");
+    ASSERT_TRUE(sliderRow.isVisible());
+
+    // Else the row pressed would move up from under the pointer, and the click would be lost.
+    QWidget& button = child(*fromTop<SettingItemBox>(panel).last(), "switchButton");
+    const QPoint place = button.mapTo(&window, button.rect().center());
+    QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, place);
+    EXPECT_FALSE(child(panel, "le_kv_line_edit").hasFocus());
+    EXPECT_TRUE(sliderRow.isVisible());
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, place);
     EXPECT_EQ(tool->takeCalls(), std::vector<std::string>{"bool enable false"});
-    QTest::mouseClick(&child(last, "pb_fold"), Qt::LeftButton);
-    EXPECT_TRUE(child(last, "widget_container").isHidden());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sliderRow.isHidden(); }));
+}
+
+TEST(SettingSections, ASliderWhoseFieldIsPressedAgainStays)
+{
+    SettingsWindow window;
+    window.setFocusPolicy(Qt::StrongFocus);
+    SidebarDvsSettingUI panel;
+    window.put(panel);
+    panel.setEventRateControlToolUI(toolOfEveryKind());
+    unfoldAll(panel);
+    auto& field = child<KvLineEditBase>(panel, "le_kv_line_edit");
+    field.setFocus();
+    SettingsWindow::settle();
+    const QPoint title = child(panel, "lb_setting_ui").mapTo(&window, QPoint(5, 5));
+    QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, title);
+    ASSERT_FALSE(field.hasFocus());
+    field.setFocus();
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, title);
+    SettingsWindow::settle();
+    EXPECT_TRUE(child(panel, "widget_with_slider").isVisible());
 }
