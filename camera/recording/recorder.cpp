@@ -82,6 +82,9 @@ void Recorder::start(const std::string& path)
         writer = std::move(started);
         recorderState = {true, toLocal(free), {}};
     } catch (const std::exception& exception) {
+        // Unless the writer has had it already.
+        if (file)
+            file->discard();
         fail(free, QString::fromLocal8Bit(exception.what()));
     }
 }

@@ -15,9 +15,6 @@ constexpr std::size_t pieceBytes = 1024 * 1024;
 constexpr auto flushPeriod = std::chrono::milliseconds(500);
 /// The least that an event takes behind a header: time-high, time-low, row and column.
 constexpr std::uint64_t leastEventBytes = 8;
-/// Batches kept for reuse.
-constexpr std::size_t spareBatches = 16;
-
 } // namespace
 
 RecordingWriter::RecordingWriter(std::unique_ptr<OutputFile> target, const RecordingHead& head,
@@ -25,7 +22,12 @@ RecordingWriter::RecordingWriter(std::unique_ptr<OutputFile> target, const Recor
     : name(std::move(fileName)), file(std::move(target)), encoder(head.geometry),
       bytes(recordingHeader(head)), headerBytes(bytes.size())
 {
-    thread = std::thread([this] { run(); });
+    try {
+        thread = std::thread([this] { run(); });
+    } catch (...) {
+        file->discard();
+        throw;
+    }
 }
 
 RecordingWriter::~RecordingWriter()
@@ -46,6 +48,7 @@ void RecordingWriter::push(std::span<const Event2D> events, std::span<const Even
         if (!spare.empty()) {
             batch = std::move(spare.back());
             spare.pop_back();
+            spareRecords -= batch.room();
         }
     }
     try {
@@ -57,7 +60,7 @@ void RecordingWriter::push(std::span<const Event2D> events, std::span<const Even
         queued += batch.size();
         queue.push_back(std::move(batch));
     } catch (const std::exception& exception) {
-        fail(QString::fromLocal8Bit(exception.what()));
+        abandon(QString::fromLocal8Bit(exception.what()));
     }
     pushed.notify_one();
 }
@@ -81,7 +84,13 @@ QString RecordingWriter::error() const
     return reason;
 }
 
-void RecordingWriter::fail(const QString& why)
+std::size_t RecordingWriter::roomKept() const
+{
+    const std::lock_guard lock(mutex);
+    return spareRecords;
+}
+
+void RecordingWriter::abandon(const QString& why)
 {
     {
         const std::lock_guard lock(mutex);
@@ -100,7 +109,7 @@ bool RecordingWriter::flush()
     const bool written = file->write(bytes);
     bytes.clear();
     if (!written)
-        fail(file->errorString());
+        abandon(file->errorString());
     return written;
 }
 
@@ -108,11 +117,14 @@ bool RecordingWriter::take(Batch& batch, std::chrono::steady_clock::time_point u
 {
     {
         std::unique_lock lock(mutex);
-        if (batch.size() > 0 && spare.size() < spareBatches)
+        if (batch.size() > 0 && spareRecords + batch.room() <= mostSpare) {
+            spareRecords += batch.room();
             spare.push_back(std::move(batch));
+        }
         batch = {};
         pushed.wait_until(lock, until, [this] { return !queue.empty() || closing || failure; });
-        if (failure || (queue.empty() && closing))
+        // A fault of the pushing side ends the recording behind what came before it.
+        if (queue.empty() && (closing || failure))
             return false;
         if (!queue.empty()) {
             batch = std::move(queue.front());
@@ -140,7 +152,6 @@ void RecordingWriter::write()
             lastFlush = now;
         }
     }
-    // An error of the pushing side leaves what came before it.
     flush();
 }
 
@@ -148,12 +159,15 @@ void RecordingWriter::end()
 {
     if (encoder.encodedEvents() == 0 || file->size() < headerBytes + leastEventBytes) {
         qInfo().noquote().nospace() << name
-                                    << ": no event came while it was recorded; the empty file is removed";
+                                    << (failure
+                                            ? ": no event was written before the fault; the file is removed"
+                                            : ": no event came while it was recorded; the empty file is "
+                                              "removed");
         file->discard();
         return;
     }
     if (!file->close())
-        fail(file->errorString());
+        abandon(file->errorString());
     if (encoder.droppedEvents() > 0)
         qInfo().noquote().nospace() << name << ": " << encoder.droppedEvents()
                                     << " events outside the sensor are left out";
@@ -167,7 +181,7 @@ void RecordingWriter::run()
     try {
         write();
     } catch (const std::exception& exception) {
-        fail(QString::fromLocal8Bit(exception.what()));
+        abandon(QString::fromLocal8Bit(exception.what()));
     }
     end();
 }

@@ -30,7 +30,10 @@ public:
     /// Events and triggers the queue holds at most: 64 MB, a fifth of a second at the highest rates.
     static constexpr std::size_t queueRecords = 4 * 1024 * 1024;
 
-    /// `name` is what log lines call the file.
+    /// Events and triggers that emptied batches, kept for reuse, have room for at most.
+    static constexpr std::size_t mostSpare = 512 * 1024;
+
+    /// `name` is what log lines call the file. Throws when no thread can be had; then the file is gone.
     RecordingWriter(std::unique_ptr<OutputFile> file, const RecordingHead& head, QString name);
     /// Finishes.
     ~RecordingWriter();
@@ -44,6 +47,11 @@ public:
     /// on is dropped.
     bool finish();
 
+    /// Ends the recording behind what was pushed so far; only the first reason counts. Any thread.
+    void abandon(const QString& why);
+
+    /// Events and triggers that the batches kept for reuse have room for. Any thread.
+    std::size_t roomKept() const;
     bool failed() const { return failure.load(); }
     /// Why writing ended; empty without an error. Any thread.
     QString error() const;
@@ -54,6 +62,7 @@ private:
         std::vector<Event2D> events;
         std::vector<EventTriggerIn> triggers;
         std::size_t size() const { return events.size() + triggers.size(); }
+        std::size_t room() const { return events.capacity() + triggers.capacity(); }
     };
 
     void run();
@@ -62,7 +71,6 @@ private:
     bool take(Batch& batch, std::chrono::steady_clock::time_point until);
     bool flush();
     void end();
-    void fail(const QString& reason);
 
     const QString name;
     std::unique_ptr<OutputFile> file; ///< the writing thread's
@@ -75,6 +83,7 @@ private:
     std::condition_variable taken;
     std::deque<Batch> queue; ///< under mutex
     std::vector<Batch> spare; ///< under mutex: emptied batches, with the room they had
+    std::size_t spareRecords = 0; ///< under mutex: events and triggers that `spare` has room for
     std::size_t queued = 0; ///< under mutex: events and triggers in the queue
     bool closing = false; ///< under mutex
     QString reason; ///< under mutex
