@@ -1,5 +1,7 @@
 #include "camera/recording/newfile.h"
 
+#include "camera/recording/filesizesignal.h"
+
 #include <QFile>
 
 #include <cerrno>
@@ -26,9 +28,10 @@ bool NewFile::fail(int code)
 bool NewFile::open(const QString& path)
 {
     close();
+    ignoreFileSizeSignal();
     name = QFile::encodeName(path);
     length = 0;
-    descriptor = ::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    descriptor = ::open(name.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     taken = descriptor < 0 && errno == EEXIST;
     return descriptor >= 0 || fail(errno);
 }
@@ -55,6 +58,18 @@ bool NewFile::write(std::span<const std::uint8_t> bytes)
     return true;
 }
 
+bool NewFile::sync()
+{
+    while (fsync(descriptor) != 0) {
+        // Some file systems have nothing to bring to a disk.
+        if (errno == EINVAL || errno == ENOTSUP)
+            break;
+        if (errno != EINTR)
+            return fail(errno);
+    }
+    return true;
+}
+
 bool NewFile::close()
 {
     const int open = std::exchange(descriptor, -1);
@@ -66,10 +81,10 @@ void NewFile::discard()
 {
     struct stat ours = {};
     struct stat there = {};
-    // The name may have been given to another file meanwhile.
-    if (descriptor < 0
-        || (fstat(descriptor, &ours) == 0 && lstat(name.constData(), &there) == 0
-            && ours.st_ino == there.st_ino && ours.st_dev == there.st_dev))
+    // The name may have been given to another file meanwhile. As long as ours is open no other has its
+    // number.
+    if (descriptor >= 0 && fstat(descriptor, &ours) == 0 && lstat(name.constData(), &there) == 0
+        && ours.st_ino == there.st_ino && ours.st_dev == there.st_dev)
         unlink(name.constData());
     close();
 }

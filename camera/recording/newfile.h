@@ -20,8 +20,13 @@ public:
     bool isTaken() const { return taken; }
 
     bool write(std::span<const std::uint8_t> bytes) override;
+    /// Waits until what was written stands on the disk itself; false with `errorString` when it does not.
+    bool sync();
     bool close() override;
+    /// Takes the open file away; nothing once it is closed, for its name may be another's by then.
     void discard() override;
+    /// The open file, which stays this object's; -1 when none is open.
+    int handle() const { return descriptor; }
     std::uint64_t size() const override { return length; }
     QString errorString() const override { return error; }
 

@@ -1,10 +1,9 @@
 #include "camera/recording/recordingcut.h"
 
 #include "camera/recording/evt3encoder.h"
-#include "camera/recording/newfile.h"
 #include "camera/recording/rawfilereader.h"
 #include "camera/recording/recordingheader.h"
-#include "camera/recording/recordingpath.h"
+#include "camera/recording/temporaryfile.h"
 #include "camera/recording/verifyingwriter.h"
 
 #include <QDebug>
@@ -21,37 +20,6 @@ namespace {
 /// Events of a block: small enough for the processor's second cache, large enough that handing it to another
 /// thread costs nothing.
 constexpr std::size_t blockEvents = 16 * 1024;
-
-/// A file beside the target that goes with this object unless it was kept.
-class TemporaryFile
-{
-public:
-    explicit TemporaryFile(const QString& beside)
-    {
-        constexpr int attempts = 100;
-        path = beside + QStringLiteral(".part");
-        for (int i = 1; !(opened = newFile.open(path)) && newFile.isTaken() && i < attempts; ++i)
-            path = beside + QStringLiteral(".part%1").arg(i);
-    }
-    ~TemporaryFile()
-    {
-        if (opened && !kept)
-            newFile.discard();
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    bool isOpen() const { return opened; }
-    const QString& name() const { return path; }
-    NewFile& file() { return newFile; }
-    void keep() { kept = true; }
-
-private:
-    NewFile newFile;
-    QString path;
-    bool opened = false;
-    bool kept = false;
-};
 
 /// Makes blocks of a recording's events and triggers and hands them to the writer.
 class BlockMaker
@@ -120,7 +88,7 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
     }
     TemporaryFile temporary(path);
     if (!temporary.isOpen()) {
-        error = temporary.file().errorString();
+        error = temporary.errorString();
         return false;
     }
     const Geometry geometry = source.sensorGeometry();
@@ -159,14 +127,7 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
         error = QStringLiteral("the range holds no event");
         return false;
     }
-    if (!temporary.file().close()) {
-        error = temporary.file().errorString();
-        return false;
-    }
-    if (renameToFree(temporary.name(), path, error).isEmpty())
-        return false;
-    temporary.keep();
-    return true;
+    return temporary.keepAs(path, error);
 }
 
 } // namespace

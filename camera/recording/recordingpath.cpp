@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 
 #include <fcntl.h>
@@ -53,23 +54,41 @@ int renameNoReplace(const QString& from, const QString& to, RenameBy method)
         unlink(old.constData());
         return 0;
     }
+    if (method == RenameBy::Placeholder) {
+        const int empty = open(wanted.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (empty < 0)
+            return errno;
+        close(empty);
+        if (rename(old.constData(), wanted.constData()) == 0)
+            return 0;
+        const int code = errno;
+        unlink(wanted.constData());
+        return code;
+    }
     // By its number: older C libraries have no function for it.
     return syscall(SYS_renameat2, AT_FDCWD, old.constData(), AT_FDCWD, wanted.constData(), noReplace) == 0
         ? 0
         : errno;
 }
 
-QString renameToFree(const QString& temporary, const QString& wanted, QString& error)
+QString renameToFree(const QString& temporary, const QString& wanted, QString& error,
+                     const RenameFile& renameFile)
 {
     RenameBy method = RenameBy::Kernel;
     int code = EEXIST;
     // Somebody else may take the name between the look and the rename: then look again.
     for (int attempt = 0; attempt < 100 && code == EEXIST; ++attempt) {
         QString path = freeRecordingPath(wanted);
-        code = renameNoReplace(temporary, path, method);
-        if (code == EINVAL || code == ENOSYS || code == ENOTSUP) {
+        code = renameFile(temporary, path, method);
+        if (method == RenameBy::Kernel && (code == EINVAL || code == ENOSYS || code == ENOTSUP)) {
             method = RenameBy::Link;
-            code = renameNoReplace(temporary, path, method);
+            code = renameFile(temporary, path, method);
+        }
+        // What cannot have two names is told as not permitted.
+        if (method == RenameBy::Link
+            && (code == EPERM || code == EINVAL || code == ENOSYS || code == ENOTSUP || code == EMLINK)) {
+            method = RenameBy::Placeholder;
+            code = renameFile(temporary, path, method);
         }
         if (code == 0)
             return path;

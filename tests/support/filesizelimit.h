@@ -1,16 +1,14 @@
 #pragma once
 
-#include <csignal>
-
 #include <sys/resource.h>
 
-/// Lets files of this process grow no further, as a full disk does.
+/// Lets files of this process grow no further, as a full disk does. The signal that comes along is the
+/// business of whoever writes.
 class FileSizeLimit
 {
 public:
     explicit FileSizeLimit(rlim_t bytes)
     {
-        std::signal(SIGXFSZ, SIG_IGN);
         getrlimit(RLIMIT_FSIZE, &before);
         const rlimit limit{bytes, before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);

@@ -12,7 +12,12 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <functional>
 #include <random>
+
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 
@@ -43,6 +48,9 @@ evt::Bytes variedStream()
     }
     return bytes;
 }
+
+/// Asked when a file is brought to the disk: 0 to do it, else the error that comes instead.
+std::function<int()> atSync;
 
 class RecordingCut : public testing::Test
 {
@@ -114,6 +122,8 @@ protected:
         return lines[0].mid(prefix.size());
     }
 
+    void TearDown() override { atSync = nullptr; }
+
     TemporaryRecordings recordings;
     std::string source;
     std::unique_ptr<RawFileReader> reader;
@@ -122,6 +132,16 @@ protected:
 };
 
 } // namespace
+
+// In the place of the system's.
+int fsync(int descriptor)
+{
+    if (const int code = atSync ? atSync() : 0; code != 0) {
+        errno = code;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
 
 TEST_F(RecordingCut, HoldsExactlyTheEventsAndTriggersOfTheRange)
 {
@@ -205,6 +225,37 @@ TEST_F(RecordingCut, OntoAFullDiskLeavesNothing)
         const FileSizeLimit limit(room);
         EXPECT_EQ(reasonOfFailure(start, end, recordings.path("full.raw")), QStringLiteral("File too large"));
     }
+}
+
+TEST_F(RecordingCut, IsOnTheDiskBeforeItGetsItsNameAndItsNameBeforeItIsDone)
+{
+    QList<QStringList> names;
+    atSync = [&] {
+        names.append(others());
+        return 0;
+    };
+    ASSERT_TRUE(reader->cutFile(start, end, recordings.path("cut.raw")));
+    EXPECT_EQ(names, (QList<QStringList>{{QStringLiteral("cut.raw.part")}, {QStringLiteral("cut.raw")}}));
+}
+
+TEST_F(RecordingCut, ThatDoesNotReachTheDiskLeavesNothing)
+{
+    atSync = [] { return EIO; };
+    EXPECT_EQ(reasonOfFailure(start, end, recordings.path("cut.raw")), QStringLiteral("Input/output error"));
+}
+
+TEST_F(RecordingCut, ThatFailsLeavesAFileAloneThatHasTakenItsPlace)
+{
+    const QString part = QString::fromStdString(recordings.path("cut.raw.part"));
+    atSync = [&part] {
+        QFile::remove(part);
+        evt::writeFile(part, "another's", {});
+        return EIO;
+    };
+    const CapturedMessages messages;
+    EXPECT_FALSE(reader->cutFile(start, end, recordings.path("cut.raw")));
+    EXPECT_EQ(others(), QStringList{QStringLiteral("cut.raw.part")});
+    EXPECT_EQ(QFileInfo(part).size(), 9);
 }
 
 TEST_F(RecordingCut, OfARecordingThatHasShrunkFails)
