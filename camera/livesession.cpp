@@ -327,7 +327,7 @@ void LiveSession::tellFault(const korvane::RecorderState& recorder)
 {
     const QString reason = QString::fromLocal8Bit(recorder.error.c_str());
     const QString path = QString::fromLocal8Bit(recorder.path.c_str());
-    qWarning().noquote().nospace() << path << ": recording has ended: " << reason;
+    // Only shown: the recorder has logged it.
     emit signalShowLeftBottomTips(tr("Recording stopped: ") + reason + QLatin1Char('\n') + path, Error,
                                   QString());
 }
