@@ -9,6 +9,23 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace {
+
+/// Chinese for the texts that Qt itself shows, as in file dialogs and in the menus of fields; English needs
+/// none. In force until the next call.
+void loadTextsOfQt(const QString& language)
+{
+    static std::unique_ptr<QTranslator> texts;
+    texts.reset();
+    if (language != "zh"_L1)
+        return;
+    texts = std::make_unique<QTranslator>();
+    if (!texts->load(u":/qtbase_zh_CN.qm"_s) || !QCoreApplication::installTranslator(texts.get()))
+        qDebug() << "Qt's own texts stay English.";
+}
+
+} // namespace
+
 bool loadLanguage(const QString& language)
 {
     auto translator = std::make_unique<QTranslator>();
@@ -16,6 +33,8 @@ bool loadLanguage(const QString& language)
         qDebug() << "Load language failed.";
         return false;
     }
+    // First, so that the program's own texts win.
+    loadTextsOfQt(language);
     // The application keeps a plain pointer even to a translator that it calls unusable, so both kinds are
     // kept.
     static std::vector<std::unique_ptr<QTranslator>> translators;

@@ -4,6 +4,7 @@
 #include "widgets/kvmessagebox.h"
 
 #include <QApplication>
+#include <QDebug>
 #include <QProcess>
 
 #include <utility>
@@ -22,7 +23,9 @@ void LanguageSwitch::ask() const
     config.language = config.language == QStringLiteral("en") ? QStringLiteral("zh") : QStringLiteral("en");
     config.save();
     QApplication::closeAllWindows();
-    starter(QCoreApplication::applicationFilePath());
+    const QString program = QCoreApplication::applicationFilePath();
+    if (!starter(program))
+        qWarning().noquote() << program << "cannot be started again.";
 }
 
 bool LanguageSwitch::startDetached(const QString& program)

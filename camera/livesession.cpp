@@ -12,7 +12,22 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <utility>
+
+namespace {
+
+/// What ends most recordings: the recorder's own reasons and the system's two usual ones.
+constexpr const char* usualReasons[] = {
+    QT_TRANSLATE_NOOP("LiveSession", "the file has no name"),
+    QT_TRANSLATE_NOOP("LiveSession", "the folder cannot be made"),
+    QT_TRANSLATE_NOOP("LiveSession", "the file has been removed"),
+    QT_TRANSLATE_NOOP("LiveSession", "there is not enough memory"),
+    QT_TRANSLATE_NOOP("LiveSession", "No space left on device"),
+    QT_TRANSLATE_NOOP("LiveSession", "Permission denied"),
+};
+
+} // namespace
 
 LiveSession::LiveSession(SourceState& sharedState, DisplayTiming& displayTiming, EventFrameBuffer& frames,
                          Config& settings, QWidget* mainWindow, QWidget* spinnerAnchor)
@@ -327,8 +342,11 @@ void LiveSession::tellFault(const korvane::RecorderState& recorder)
 {
     const QString reason = QString::fromLocal8Bit(recorder.error.c_str());
     const QString path = QString::fromLocal8Bit(recorder.path.c_str());
+    const bool usual = std::find(std::begin(usualReasons), std::end(usualReasons), recorder.error)
+        != std::end(usualReasons);
+    const QString told = usual ? tr(recorder.error.c_str()) : reason;
     // Only shown: the recorder has logged it.
-    emit signalShowLeftBottomTips(tr("Recording stopped: ") + reason + QLatin1Char('\n') + path, Error,
+    emit signalShowLeftBottomTips(tr("Recording stopped: ") + told + QLatin1Char('\n') + path, Error,
                                   QString());
 }
 

@@ -470,8 +470,10 @@ void MainWidget::changeEvent(QEvent* event)
 void MainWidget::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    // The origin of the available area is left out on purpose.
-    if (const QScreen* const screen = QGuiApplication::primaryScreen()) {
+    // The origin of the available area is left out on purpose. A window that fills the screen has its place
+    // already: moved, it would no longer cover it.
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (screen && !isMaximized() && !isFullScreen()) {
         const QSize available = screen->availableSize();
         move(available.width() / 2 - width() / 2, available.height() / 2 - height() / 2);
     }

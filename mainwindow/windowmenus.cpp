@@ -1,5 +1,7 @@
 #include "mainwindow/windowmenus.h"
 
+#include "widgets/cardcorners.h"
+
 #include <QFont>
 #include <QFontMetrics>
 #include <QPushButton>
@@ -66,6 +68,8 @@ void WindowMenus::buildTitleBarMenus(const Buttons& buttons)
     prepare(*deviceMenu, titleBarMenuStyle(QString()));
     prepare(*settingMenu, titleBarMenuStyle(QString()));
     prepare(*helpMenu, titleBarMenuStyle(QString()));
+    for (QMenu* const menu : {fileMenu, deviceMenu, settingMenu.get(), helpMenu.get()})
+        new CardCorners(menu, 5, CardCorners::Which::Bottom);
 
     connect(fileMenu->addAction(openRecordingText), &QAction::triggered, this,
             &WindowMenus::openRecordingRequested);
@@ -91,6 +95,7 @@ void WindowMenus::buildViewerSettingMenu()
 {
     viewerSettingMenu->setObjectName(QStringLiteral("menu_viewer_setting"));
     prepare(*viewerSettingMenu, viewerMenuStyle);
+    new CardCorners(viewerSettingMenu, 3);
     QAction* const startEndPoint = viewerSettingMenu->addAction(startEndPointText);
     startEndPoint->setCheckable(true);
     connect(startEndPoint, &QAction::triggered, this, &WindowMenus::startEndPointToggled);

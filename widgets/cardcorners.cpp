@@ -5,7 +5,8 @@
 #include <QEvent>
 #include <QWidget>
 
-CardCorners::CardCorners(QWidget* clippedCard) : QObject(clippedCard), card(clippedCard)
+CardCorners::CardCorners(QWidget* clippedCard, int cornerRadius, Which corners)
+    : QObject(clippedCard), card(clippedCard), radius(cornerRadius), which(corners)
 {
     card->installEventFilter(this);
     clip();
@@ -20,5 +21,8 @@ bool CardCorners::eventFilter(QObject* watched, QEvent* event)
 
 void CardCorners::clip()
 {
-    card->setMask(roundedRegion(card->size(), radius));
+    // Upper corners that stay square are those of a card that begins above the window.
+    const int above = which == Which::Bottom ? radius : 0;
+    const QRegion region = roundedRegion(card->size() + QSize(0, above), radius).translated(0, -above);
+    card->setMask(region & card->rect());
 }

@@ -4,17 +4,17 @@
 
 class QWidget;
 
-/// Clips a frameless card's window to its rounded corners. Where no compositor runs, what is translucent
-/// would be black there. GUI thread.
+/// Clips a frameless window to its rounded corners. Where no compositor runs, what is translucent would be
+/// black there. GUI thread.
 class CardCorners : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int radius = 9; ///< pixels, as the cards' style sheets round them
+    enum class Which { All, Bottom };
 
-    /// Follows the card's size from now on, and goes with it.
-    explicit CardCorners(QWidget* card);
+    /// Follows the card's size from now on, and goes with it. `radius`: pixels, as its style sheet rounds it.
+    explicit CardCorners(QWidget* card, int radius = 9, Which which = Which::All);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -23,4 +23,6 @@ private:
     void clip();
 
     QWidget* card;
+    int radius;
+    Which which;
 };

@@ -86,6 +86,7 @@ void KvComboBox::clear()
 {
     const QScopedValueRollback quiet(rewriting, true);
     comboBox()->clear();
+    unsent.sent(text());
 }
 
 int KvComboBox::count() const
@@ -115,8 +116,12 @@ QString KvComboBox::text() const
 
 void KvComboBox::setText(const QString& text)
 {
+    // A receiver of the signals only corrects what is being typed: the edit has still to be finished.
+    const bool correction = rewriting;
     const QScopedValueRollback quiet(rewriting, true);
     comboBox()->lineEdit()->setText(text);
+    if (!correction)
+        unsent.sent(text);
 }
 
 int KvComboBox::cursorPosition() const

@@ -37,6 +37,9 @@ QListView::item:selected, QListView::item:hover { background: #D7E7EE; color: #0
 
 void KVComboBoxBase::showPopup()
 {
+    // Qt opens no list then, and would not tell that it closes.
+    if (count() == 0)
+        return;
     emit popupShown();
     QComboBox::showPopup();
     if (auto* popup = findChild<QFrame*>(QString(), Qt::FindDirectChildrenOnly))

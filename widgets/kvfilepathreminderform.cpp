@@ -1,5 +1,7 @@
 #include "widgets/kvfilepathreminderform.h"
 
+#include "widgets/cardcorners.h"
+
 #include "ui_kvfilepathreminderform.h"
 
 #include <QApplication>
@@ -14,6 +16,7 @@
 namespace {
 
 constexpr int lifetimeMs = 3000;
+constexpr int cornerRadius = 3;
 constexpr int preferredTextWidth = 360;
 
 /// The text with break marks in the words that are wider than a line, such as a long file name.
@@ -42,7 +45,7 @@ KvFilePathReminderForm::KvFilePathReminderForm(QString tips, KvMessageType type,
     : QWidget(parent), ui(std::make_unique<Ui::KvFilePathReminderForm>())
 {
     ui->setupUi(this);
-    setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    setWindowFlags(Qt::FramelessWindowHint);
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -53,6 +56,7 @@ KvFilePathReminderForm::KvFilePathReminderForm(QString tips, KvMessageType type,
     filePath = std::move(file_path);
 
     fitText();
+    new CardCorners(this, cornerRadius);
 
     auto* timer = new QTimer(this);
     timer->start(lifetimeMs);

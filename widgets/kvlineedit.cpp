@@ -37,6 +37,11 @@ KvLineEdit::KvLineEdit(QWidget* parent)
         "width: 9px; height: 9px; margin: -22px 0px; }"
         "QSlider::sub-page:horizontal { border: 1.5px solid #004B6A; height: 0px; border-radius: 1px; }"_s);
     connect(slider.get(), &QSlider::valueChanged, this, &KvLineEdit::onSliderMoved);
+    // A typed number beyond the range leaves the slider at its end, where a press on it changes no value.
+    connect(slider.get(), &QSlider::sliderReleased, this, [this] {
+        if (this->text() != QString::number(slider->value()))
+            onSliderMoved(slider->value());
+    });
     connect(editor, &QLineEdit::textEdited, this, [this](const QString& text) {
         unsent.edited();
         emit textEdited(text);

@@ -196,6 +196,30 @@
         <source>Recording stopped: </source>
         <translation>Recording stopped: </translation>
     </message>
+    <message>
+        <source>the file has no name</source>
+        <translation>the file has no name</translation>
+    </message>
+    <message>
+        <source>the folder cannot be made</source>
+        <translation>the folder cannot be made</translation>
+    </message>
+    <message>
+        <source>the file has been removed</source>
+        <translation>the file has been removed</translation>
+    </message>
+    <message>
+        <source>there is not enough memory</source>
+        <translation>there is not enough memory</translation>
+    </message>
+    <message>
+        <source>No space left on device</source>
+        <translation>No space left on device</translation>
+    </message>
+    <message>
+        <source>Permission denied</source>
+        <translation>Permission denied</translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>

@@ -39,7 +39,7 @@
     <name>KvCutRawFile</name>
     <message>
         <source>Cut Recording</source>
-        <translation>裁剪录像</translation>
+        <translation>截取录像</translation>
     </message>
     <message>
         <source>Start Time</source>
@@ -67,7 +67,7 @@
     </message>
     <message>
         <source>Cut</source>
-        <translation>裁剪</translation>
+        <translation>截取</translation>
     </message>
 </context>
 <context>
@@ -113,7 +113,7 @@
     </message>
     <message>
         <source>Open Dir</source>
-        <translation>打开目录</translation>
+        <translation>打开文件夹</translation>
     </message>
     <message>
         <source>Warning</source>
@@ -196,6 +196,30 @@
         <source>Recording stopped: </source>
         <translation>录制已中断：</translation>
     </message>
+    <message>
+        <source>the file has no name</source>
+        <translation>文件没有名称</translation>
+    </message>
+    <message>
+        <source>the folder cannot be made</source>
+        <translation>无法创建文件夹</translation>
+    </message>
+    <message>
+        <source>the file has been removed</source>
+        <translation>文件已被删除</translation>
+    </message>
+    <message>
+        <source>there is not enough memory</source>
+        <translation>内存不足</translation>
+    </message>
+    <message>
+        <source>No space left on device</source>
+        <translation>磁盘空间不足</translation>
+    </message>
+    <message>
+        <source>Permission denied</source>
+        <translation>没有写入权限</translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>
@@ -205,7 +229,7 @@
     </message>
     <message>
         <source>Play/Stop</source>
-        <translation>播放/停止</translation>
+        <translation>播放/暂停</translation>
     </message>
     <message>
         <source>Start/Stop recording</source>
@@ -221,18 +245,18 @@
     </message>
     <message>
         <source>Reset the playback progress to the beginning</source>
-        <translation>回到播放起点</translation>
+        <translation>回到起始位置</translation>
     </message>
     <message>
         <source>Select to automatically replay at the end of the playback</source>
-        <translation>选中后播放结束时自动重播</translation>
+        <translation>循环播放：播放结束后自动重播</translation>
     </message>
 </context>
 <context>
     <name>MenuActions</name>
     <message>
         <source>Is it open in the browser?</source>
-        <translation>是否在浏览器中打开？</translation>
+        <translation>是否在浏览器中打开官方网站？</translation>
     </message>
     <message>
         <source>Tips</source>
@@ -251,7 +275,7 @@
     <name>RangeSaver</name>
     <message>
         <source>Please open a raw file first.</source>
-        <translation>请先打开一个 RAW 文件。</translation>
+        <translation>请先打开录像。</translation>
     </message>
     <message>
         <source>Export video success!</source>
@@ -259,14 +283,14 @@
     </message>
     <message>
         <source>Export raw file success!</source>
-        <translation>RAW 文件导出成功！</translation>
+        <translation>录像截取成功！</translation>
     </message>
 </context>
 <context>
     <name>RecordingOpener</name>
     <message>
         <source>Select a raw file</source>
-        <translation>选择 RAW 文件</translation>
+        <translation>选择录像文件</translation>
     </message>
     <message>
         <source>RAW files (*.raw)</source>
@@ -326,11 +350,11 @@
     </message>
     <message>
         <source>Anti Flicker</source>
-        <translation>抗闪烁</translation>
+        <translation>抗频闪</translation>
     </message>
     <message>
         <source>Event Rate Control</source>
-        <translation>事件率控制</translation>
+        <translation>事件速率控制</translation>
     </message>
     <message>
         <source>Event Trail Filter</source>
@@ -408,7 +432,7 @@
     </message>
     <message>
         <source>Cut Recording</source>
-        <translation>裁剪录像</translation>
+        <translation>截取录像</translation>
     </message>
     <message>
         <source>General Setting</source>

@@ -61,18 +61,6 @@ TEST(InitDialog, CloseButtonSkipsTheRestOfTheWait)
     EXPECT_FALSE(dialog.isVisible());
 }
 
-TEST(InitDialog, MayBeDestroyedBeforeItsTimerFires)
-{
-    {
-        InitDialog dialog(nullptr);
-        dialog.show();
-        dialog.close();
-    }
-    bool later = false;
-    QTimer::singleShot(2100, [&later] { later = true; });
-    EXPECT_TRUE(QTest::qWaitFor([&later] { return later; }, 10000));
-}
-
 TEST(InitDialog, ShowsTheVersionAndNotTheFormsDefault)
 {
     const InitDialog dialog(nullptr);

@@ -145,6 +145,9 @@ TEST(KvFilePathReminderForm, IsAFramelessWindowThatKeepsTheProgramFromNothing)
     EXPECT_FALSE(toast->testAttribute(Qt::WA_QuitOnClose));
     EXPECT_LT(toast->grab().toImage().pixelColor(0, 0).alpha(), 128) << "round corners";
     EXPECT_EQ(body(*toast)->geometry(), toast->rect()) << "the body's corner is the window's";
+    for (const QPoint& corner : {toast->rect().topLeft(), toast->rect().bottomRight()})
+        EXPECT_FALSE(toast->mask().contains(corner)) << "black where no compositor runs";
+    EXPECT_TRUE(toast->mask().contains(toast->rect().center()));
 }
 
 TEST(KvFilePathReminderForm, TheProgramEndsWithItsMainWindowThoughAToastIsShown)
@@ -257,16 +260,6 @@ TEST(KvFilePathReminderForm, ItsCrossHidesItAndTheTimerStillDeletesIt)
     ASSERT_NE(alive, nullptr);
     EXPECT_FALSE(toast->isVisible());
     EXPECT_TRUE(QTest::qWaitFor([&] { return alive == nullptr; }, 6000));
-}
-
-TEST(KvFilePathReminderForm, SeveralToastsLiveAtOnce)
-{
-    const auto first = toastOf(Success);
-    const auto second = toastOf(Error);
-    first->show();
-    second->show();
-    EXPECT_TRUE(first->isVisible());
-    EXPECT_TRUE(second->isVisible());
 }
 
 TEST(KvFilePathReminderForm, OpenDirOpensTheFolderAsALocalFile)

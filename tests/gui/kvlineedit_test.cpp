@@ -145,6 +145,23 @@ TEST_F(KvLineEditTest, ANumberBeyondTheRangeStaysInTheText)
     EXPECT_EQ(finished.at(0).at(0).toString(), u"150"_s);
 }
 
+TEST_F(KvLineEditTest, TheReleasedSliderBringsANumberBeyondTheRangeBackIntoIt)
+{
+    focusEditor();
+    QTest::keyClicks(editor, u"150"_s);
+    QTest::keyClick(editor, Qt::Key_Return);
+    ASSERT_EQ(line->text(), u"150"_s);
+    finished.clear();
+    const QPoint handle(slider()->width() - 4, slider()->height() / 2);
+    QTest::mousePress(slider(), Qt::LeftButton, {}, handle);
+    ASSERT_TRUE(slider()->isSliderDown());
+    QTest::mouseRelease(slider(), Qt::LeftButton, {}, handle);
+    EXPECT_EQ(slider()->value(), 100);
+    EXPECT_EQ(line->text(), u"100"_s);
+    ASSERT_EQ(finished.count(), 1);
+    EXPECT_EQ(finished.at(0).at(0).toString(), u"100"_s);
+}
+
 TEST_F(KvLineEditTest, MovingTheSliderRewritesTheTextAndReportsOnce)
 {
     focusEditor();

@@ -30,6 +30,8 @@ TEST(LoadLanguage, ZhShowsChineseTexts)
     EXPECT_TRUE(loadLanguage(u"zh"_s));
     EXPECT_TRUE(isChinese(title())) << title().toStdString();
     EXPECT_TRUE(isChinese(QCoreApplication::translate("InitDialog", "Version: %1")));
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), u"取消"_s) << "Qt's own texts";
+    EXPECT_TRUE(isChinese(QCoreApplication::translate("QWidgetTextControl", "&Copy")));
     EXPECT_EQ(log.debug(), QStringList());
 }
 
@@ -39,6 +41,7 @@ TEST(LoadLanguage, AnythingButZhShowsEnglishTexts)
         const CapturedMessages log;
         EXPECT_TRUE(loadLanguage(language));
         EXPECT_EQ(title(), u"Open a camera"_s);
+        EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), u"Cancel"_s);
         EXPECT_EQ(log.debug(), QStringList());
     }
 }

@@ -1,6 +1,7 @@
 #include "app/config.h"
 #include "app/languageswitch.h"
 #include "tests/gui/dialogcard.h"
+#include "tests/support/capturedmessages.h"
 #include "tests/support/scripteddialogs.h"
 #include "widgets/kvmessagebox.h"
 
@@ -26,7 +27,7 @@ protected:
             started << program;
             languageInFile = stored();
             windowOpenAtStart = window.isVisible();
-            return true;
+            return startable;
         });
         ScriptedPerson person([&](QWidget& modal) {
             auto* const box = qobject_cast<KVMessageBox*>(&modal);
@@ -50,6 +51,7 @@ protected:
     QStringList started;
     QString languageInFile;
     bool windowOpenAtStart = false;
+    bool startable = true;
 };
 
 TEST_F(LanguageSwitchTest, AsksBetweenRestartAndLater)
@@ -81,6 +83,15 @@ TEST_F(LanguageSwitchTest, RestartStoresTheOtherLanguageClosesAllAndStartsThisPr
     EXPECT_EQ(languageInFile, u"zh"_s) << "the new instance reads the file";
     EXPECT_FALSE(windowOpenAtStart);
     EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(LanguageSwitchTest, AProgramThatCannotBeStartedIsLogged)
+{
+    startable = false;
+    const QString line = QCoreApplication::applicationFilePath() + u" cannot be started again."_s;
+    const CapturedMessages log;
+    ask("pb_open");
+    EXPECT_EQ(log.warnings().count(line), 1);
 }
 
 TEST_F(LanguageSwitchTest, ChineseBecomesEnglish)

@@ -2,6 +2,9 @@
 
 #include <QDateTime>
 #include <QRegularExpression>
+#include <QTranslator>
+
+#include <utility>
 
 namespace {
 
@@ -249,6 +252,31 @@ TEST_F(LiveSessionRecordingTest, ARecorderThatFailsIsToldOnceWithPathAndReason)
     click(record);
     EXPECT_EQ(log.lines().back(), savedToast());
     EXPECT_EQ(toasts(), 2);
+}
+
+TEST_F(LiveSessionRecordingTest, AUsualReasonIsToldInTheInterfacesLanguageAnyOtherAsItIs)
+{
+    class Chinese : public QTranslator
+    {
+    public:
+        bool isEmpty() const override { return false; }
+        QString translate(const char* context, const char* text, const char*, int) const override
+        {
+            const bool usual = QByteArrayView(context) == "LiveSession"
+                && QByteArrayView(text) == "the file has been removed";
+            return usual ? QStringLiteral("文件已被删除") : QString();
+        }
+    };
+    const auto camera = openCamera();
+    Chinese chinese;
+    ASSERT_TRUE(QCoreApplication::installTranslator(&chinese));
+    for (const auto& [reason, told] :
+         {std::pair("the file has been removed", "文件已被删除"), std::pair("odd 错误", "odd 错误")}) {
+        click(record);
+        camera->failRecorder(reason);
+        ASSERT_TRUE(wait([this] { return !record.isChecked(); }));
+        EXPECT_EQ(log.count(faultToast(told)), 1) << told;
+    }
 }
 
 TEST_F(LiveSessionRecordingTest, ARecorderThatCannotBeginIsToldAtOnce)

@@ -16,11 +16,14 @@ if(TARGET korvane_mainwindow AND TARGET korvane_resources)
             mainwindowtexts_test.cpp
             mainwindowtree_test.cpp
             sidebars_test.cpp
+            toasts_test.cpp
             ../support/scriptedcamera.cpp
             translations_test.cpp
             windowkeys_test.cpp
             windowmenus_test.cpp
         LINKS korvane_mainwindow korvane_recording korvane_simulation korvane_resources)
+    set_property(SOURCE mainwidget_test.cpp APPEND PROPERTY COMPILE_DEFINITIONS
+        KORVANE_OWN_FRAME=$<NOT:$<TARGET_EXISTS:QWindowKit::Widgets>>)
     target_compile_definitions(mainwindow_test PRIVATE
         MAINWINDOW_SCREEN="${mainwindow_screen}"
         TRANSLATIONS_SOURCE_DIR="${CMAKE_SOURCE_DIR}"

@@ -104,6 +104,29 @@ protected:
 
 } // namespace
 
+TEST_F(WindowMenusTest, ItsMenusAreClippedToTheirRoundedCorners)
+{
+    const auto maskOf = [](QMenu& menu) {
+        menu.popup(QPoint(300, 300));
+        const QRegion mask = menu.mask();
+        menu.close();
+        return mask;
+    };
+    for (const char* const name : menuButtons) {
+        QMenu& menu = *button(name).menu();
+        const QRegion mask = maskOf(menu);
+        EXPECT_EQ(mask.boundingRect(), menu.rect()) << name;
+        EXPECT_TRUE(mask.contains(menu.rect().topLeft()) && mask.contains(menu.rect().topRight())) << name;
+        EXPECT_FALSE(mask.contains(menu.rect().bottomLeft())) << name;
+        EXPECT_FALSE(mask.contains(menu.rect().bottomRight())) << name;
+    }
+    QMenu& viewerSetting = find<QMenu>("menu_viewer_setting");
+    const QRegion mask = maskOf(viewerSetting);
+    EXPECT_EQ(mask.boundingRect(), viewerSetting.rect());
+    EXPECT_FALSE(mask.contains(viewerSetting.rect().topLeft()));
+    EXPECT_FALSE(mask.contains(viewerSetting.rect().bottomRight()));
+}
+
 TEST_F(WindowMenusTest, TheFourMenusHoldTheirItemsInOrder)
 {
     EXPECT_EQ(
