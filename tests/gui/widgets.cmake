@@ -22,13 +22,3 @@ set_property(SOURCE kvmessagebox_test.cpp APPEND PROPERTY COMPILE_DEFINITIONS
 korvane_add_test(widgets_without_images_test GUI
     SOURCES kvcapturedlog.h kvwaitingwinwithoutgif_test.cpp
     LINKS korvane_widgets)
-
-# An animation that is not one stands in for the program's.
-korvane_add_test(widgets_with_broken_gif_test GUI
-    SOURCES kvcapturedlog.h kvwaitingwinwithoutgif_test.cpp
-    LINKS korvane_widgets)
-file(CONFIGURE OUTPUT brokengif/img/icon/waiting.gif CONTENT "GIF89a, and then nothing of one\n" @ONLY)
-qt_add_resources(widgets_with_broken_gif_test brokengif
-    PREFIX / BASE "${CMAKE_CURRENT_BINARY_DIR}/brokengif"
-    FILES "${CMAKE_CURRENT_BINARY_DIR}/brokengif/img/icon/waiting.gif")
-target_compile_definitions(widgets_with_broken_gif_test PRIVATE BROKEN_GIF)
