@@ -48,6 +48,8 @@ LiveSession::LiveSession(SourceState& sharedState, DisplayTiming& displayTiming,
     // Ten times a second: the seconds shown change in time, and a recorder that failed is noticed soon.
     recordingTimer.setInterval(100);
     connect(&recordingTimer, &QTimer::timeout, this, &LiveSession::watchRecorder);
+    fusionTimer.setInterval(100);
+    connect(&fusionTimer, &QTimer::timeout, this, &LiveSession::watchFusionCamera);
 }
 
 LiveSession::~LiveSession()
@@ -95,6 +97,8 @@ void LiveSession::open(const korvane::CameraDescription& description)
     qDebug().noquote() << "Select camera:" << QString::fromLocal8Bit(serial.c_str())
                        << "product:" << QString::fromLocal8Bit(description.product.c_str());
     emit sourceAboutToChange();
+    // Whoever listens: a camera that is open never stays beside the next one.
+    release();
     const int kind = kindOf(description.product);
     state.playMode = kind;
 
@@ -210,6 +214,7 @@ void LiveSession::toggleFusion()
         state.filePlaying = true;
         ++state.playSession;
         fusionCamera->start(korvane::STREAM_FUSION);
+        fusionTimer.start();
         qDebug().noquote() << "Fusion camera start";
     }
 }
@@ -217,6 +222,7 @@ void LiveSession::toggleFusion()
 void LiveSession::stopStream()
 {
     if (state.playMode == ModeFusionCamera && fusionCamera) {
+        fusionTimer.stop();
         fusionCamera->stop(korvane::STREAM_FUSION);
         state.filePlaying = false;
         emit runningChanged();
@@ -259,6 +265,19 @@ void LiveSession::onConnectionLost(std::uint64_t session)
         dvsCamera->releaseStream(streamHandle);
         dvsCamera->stop();
     }
+    ++state.playSession;
+    emit runningChanged();
+}
+
+void LiveSession::watchFusionCamera()
+{
+    if (!fusionCamera || fusionCamera->isConnected())
+        return;
+    qDebug().noquote() << "Camera connection lost.";
+    stopRecording(true);
+    fusionTimer.stop();
+    fusionCamera->stop(korvane::STREAM_FUSION);
+    state.filePlaying = false;
     ++state.playSession;
     emit runningChanged();
 }
@@ -332,10 +351,11 @@ void LiveSession::stopRecording(bool tellEnd)
     // Some faults show only when the file is completed.
     if (recorder.error.empty())
         recorder = recorderState();
-    if (!recorder.error.empty())
-        tellFault(recorder);
     if (tellEnd)
         emit signalShowLeftBottomTips(tr("Save file success!"), Success, config.output_raw_file_path);
+    // Behind the other one: toasts lie on top of each other, and the fault is to be seen.
+    if (!recorder.error.empty())
+        tellFault(recorder);
 }
 
 void LiveSession::tellFault(const korvane::RecorderState& recorder)

@@ -103,6 +103,7 @@ private:
     bool cameraConnected() const;
     korvane::RecorderState recorderState() const;
     void watchRecorder();
+    void watchFusionCamera();
     void onConnectionLost(std::uint64_t session);
     void logNoCamera() const;
 
@@ -120,6 +121,7 @@ private:
     bool recording = false;
     QElapsedTimer recordingClock;
     QTimer recordingTimer;
+    QTimer fusionTimer; ///< runs while a fusion camera streams: no loop of ours would notice its end
     qint64 shownSeconds = -1; ///< of the recording's time, told last
     DvsReadingLoop loop; ///< last: its thread ends before anything it uses
 };

@@ -13,7 +13,8 @@ enum PlayMode : int {
 };
 
 /// What runs, shared by the live session and the players. Written on the GUI thread, but for `filePlaying`,
-/// which a reading thread clears when it ends by itself; read anywhere.
+/// which a reading thread clears when it ends by itself, and for `playMode`, which the job that loads a
+/// fusion recording sets while the GUI thread waits for it behind the spinner; read anywhere.
 struct SourceState
 {
     std::atomic<int> playMode{ModeNone};

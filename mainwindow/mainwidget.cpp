@@ -212,6 +212,8 @@ void MainWidget::connectFusion()
     connect(player, &FusionPlayer::fusionFilePlayControl, this, &MainWidget::signalFusionFilePlayControl);
     connect(player, &FusionPlayer::timeTextChanged, ui->label_time, &QLabel::setText);
     connect(player, &FusionPlayer::runningChanged, this, &MainWidget::showRunning);
+    connect(player, &FusionPlayer::scaleChanged, this,
+            [this](const TimelineScale& scale) { dvsPlayer->setTimelineScale(scale); });
 }
 
 void MainWidget::openRecording(const QString& path)

@@ -49,6 +49,9 @@ public:
     /// Microseconds.
     std::uint64_t currentTime() const { return position.fileCurTs; }
 
+    /// Another recording's times stand on the timeline now: ranges of this one are read from it by them.
+    void setTimelineScale(const TimelineScale& timelineScale) { scale = timelineScale; }
+
     /// The play button in mode 3. Afterwards SourceState::filePlaying says what the button shows.
     void playClicked();
     void previousClicked();

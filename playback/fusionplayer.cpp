@@ -10,7 +10,8 @@ FusionPlayer::FusionPlayer(SourceState& sharedState, KvThreeHandleSlider& slider
 
 void FusionPlayer::playClicked()
 {
-    if (state.filePlaying) {
+    // A pause pressed in the moment of the end is one: it does not begin again.
+    if (state.filePlaying || finishedSession == state.playSession) {
         stopPlaying();
     } else {
         ++state.playSession;
@@ -41,12 +42,15 @@ void FusionPlayer::fileFinished()
 {
     // A start joins the thread that this runs on before its own session can end: the number is ours.
     const std::uint64_t session = state.playSession;
+    finishedSession = session;
     state.filePlaying = false;
     QMetaObject::invokeMethod(
         this,
         [this, session] {
-            if (state.playSession == session)
-                emit runningChanged();
+            if (state.playSession != session)
+                return;
+            finishedSession = noSession;
+            emit runningChanged();
         },
         Qt::QueuedConnection);
 }
@@ -64,6 +68,11 @@ void FusionPlayer::setEndTime(std::uint64_t time)
     timeline.setMaximum(scale.toTimeline(time));
     // A recording too long for the timeline's numbers is scaled, its start as well.
     timeline.setMinimum(scale.toTimeline(startTime));
+    // The timeline holds the end point at or after the playhead, which stands where the last recording left
+    // it: begin with the whole of this one.
+    timeline.setHandleMode(timeline.handleMode());
+    timeline.update();
+    emit scaleChanged(scale);
 }
 
 void FusionPlayer::showProgress(std::uint64_t current, std::uint64_t total)

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 
 class KvThreeHandleSlider;
@@ -39,6 +40,8 @@ signals:
     void timeTextChanged(QString text);
     /// The play button has to follow SourceState::filePlaying.
     void runningChanged();
+    /// The timeline counts so now.
+    void scaleChanged(TimelineScale scale);
 
 private:
     void stopPlaying();
@@ -47,4 +50,7 @@ private:
     KvThreeHandleSlider& timeline;
     std::uint64_t startTime = 0; ///< microseconds
     TimelineScale scale;
+    static constexpr std::uint64_t noSession = ~std::uint64_t{0};
+    /// The session that has come to its end while the button does not show it yet.
+    std::atomic<std::uint64_t> finishedSession{noSession};
 };

@@ -77,7 +77,8 @@ SimulatedFusionCamera::SimulatedFusionCamera(const SimulatedCameraConfig& config
                                              std::shared_ptr<const FusionStage> stage)
     : serial(config.serial), startFails(config.failStart),
       sensor(std::make_unique<FusionScene>(stage), config.sensor, config.seed),
-      recorder(sensor.geometry(), config.serial), renderer(stage),
+      recorder(sensor.geometry(), config.serial),
+      intensityRecorder(fusiongeometry::apsWidth, fusiongeometry::apsHeight), renderer(stage),
       pacer(config.serial, sensor, [this](const StreamStep& step) { take(step); })
 {
     dvsDescription.serial = config.serial;
@@ -90,6 +91,7 @@ SimulatedFusionCamera::~SimulatedFusionCamera()
     pacer.stop();
     endFrames();
     recorder.stop();
+    intensityRecorder.stop();
 }
 
 bool SimulatedFusionCamera::isConnected()
@@ -162,17 +164,27 @@ void SimulatedFusionCamera::pull()
 
 void SimulatedFusionCamera::startRecording(std::string path, STREAM_TYPE)
 {
+    const std::lock_guard lock(recordingMutex);
     recorder.start(path);
+    const RecorderState state = recorder.state();
+    if (state.writing)
+        intensityRecorder.start(state.path);
 }
 
 void SimulatedFusionCamera::stopRecording(STREAM_TYPE)
 {
+    const std::lock_guard lock(recordingMutex);
     recorder.stop();
+    intensityRecorder.stop();
 }
 
 RecorderState SimulatedFusionCamera::recorderState()
 {
-    return recorder.state();
+    const RecorderState events = recorder.state();
+    if (!events.error.empty())
+        return events;
+    const RecorderState frames = intensityRecorder.state();
+    return frames.error.empty() ? events : frames;
 }
 
 bool SimulatedFusionCamera::getEventFrameAt(std::shared_ptr<EventCountFrame>& out, std::uint64_t timestamp)
@@ -201,7 +213,11 @@ void SimulatedFusionCamera::setEventSink(std::shared_ptr<EventSink> sink)
 void SimulatedFusionCamera::take(const StreamStep& step)
 {
     const Delivering delivering(this);
-    recorder.deliver(step);
+    {
+        const std::lock_guard lock(recordingMutex);
+        recorder.deliver(step);
+        intensityRecorder.noteEvents(step.events);
+    }
     counts.count(step.events);
     std::vector<EventsCallback> callbacks;
     {
@@ -261,6 +277,7 @@ void SimulatedFusionCamera::makeFrames()
         renderer.setParameters(apsParameters());
         const ApsFrame frame = renderer.render(time);
         counts.closeFrame(time);
+        intensityRecorder.push(frame);
         std::vector<ApsFrameCallback> callbacks;
         {
             const std::lock_guard lock(callbackMutex);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/driver/fusioncamera.h"
+#include "camera/recording/intensityrecorder.h"
 #include "camera/simulation/apsrenderer.h"
 #include "camera/simulation/eventsink.h"
 #include "camera/simulation/framecounts.h"
@@ -68,7 +69,9 @@ private:
     const std::string serial;
     const bool startFails;
     SensorStream sensor;
+    std::mutex recordingMutex; // both files of a recording begin with the same event
     RecorderPort recorder;
+    recording::IntensityRecorder intensityRecorder;
     FrameCounts counts;
     ApsRenderer renderer; // the frame thread's while it runs
 

@@ -75,8 +75,9 @@ void StreamedDvsCamera::setEventSink(std::shared_ptr<EventSink> sink)
 
 void StreamedDvsCamera::take(const StreamStep& step)
 {
-    recorder.deliver(step);
+    // The view first: a disk that is behind holds the recording up, not the picture of this step.
     spans.append(step.events, step.until);
+    recorder.deliver(step);
 }
 
 } // namespace korvane::simulation

@@ -81,15 +81,32 @@ TEST_F(FusionPlayerTest, TheEndOfTheFileReleasesTheButton)
     agree(true);
 }
 
-TEST_F(FusionPlayerTest, AnEndThatArrivesAfterANewStartReleasesNothing)
+TEST_F(FusionPlayerTest, APauseInTheMomentOfTheEndIsNotTakenForAStart)
 {
     play.click();
     finishOnAnotherThread();
-    // The button is down until the end arrives: a press on it now finds nothing playing and starts again.
+    // The button is down until the end arrives: whoever presses it now means to pause.
+    play.click();
+    EXPECT_EQ(controls, (std::vector<bool>{true, false}));
+    agree(false);
+    QApplication::processEvents();
+    agree(false);
     play.click();
     QApplication::processEvents();
-    EXPECT_EQ(controls, (std::vector<bool>{true, true}));
+    EXPECT_EQ(controls, (std::vector<bool>{true, false, true}));
     agree(true);
+}
+
+TEST_F(FusionPlayerTest, APointBehindAShorterRecordingIsForgotten)
+{
+    timeline.setHandleMode(3);
+    player.setStartTime(0);
+    player.setEndTime(10'000'000);
+    timeline.setCenterValue(9'000'000);
+    player.setStartTime(0);
+    player.setEndTime(4'000'000);
+    EXPECT_EQ(timeline.effectiveUpperValue(), 4'000'000);
+    EXPECT_EQ(timeline.effectiveLowerValue(), 0);
 }
 
 TEST_F(FusionPlayerTest, AnEngineThatFinishesAtOnceLeavesTheButtonUp)

@@ -118,6 +118,23 @@ std::shared_ptr<korvane::DvsCamera> ScriptedBackend::openCamera(const std::strin
     return camera;
 }
 
+std::shared_ptr<korvane::FusionCamera> ScriptedBackend::openFusionCamera(const std::string& serial)
+{
+    log.add("open fusion " + serial);
+    auto camera = std::make_shared<ScriptedFusionCamera>(serial, log);
+    if (onOpenFusion && !onOpenFusion(*camera))
+        return nullptr;
+    const std::lock_guard guard(mutex);
+    fusionCamera = camera;
+    return camera;
+}
+
+std::shared_ptr<ScriptedFusionCamera> ScriptedBackend::openedFusion() const
+{
+    const std::lock_guard guard(mutex);
+    return fusionCamera.lock();
+}
+
 void ScriptedBackend::offer(const std::string& serial, const std::string& product)
 {
     const std::lock_guard guard(mutex);

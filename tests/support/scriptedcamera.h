@@ -2,6 +2,7 @@
 
 #include "camera/driver/backend.h"
 #include "camera/driver/dvscamera.h"
+#include "tests/support/scriptedfusioncamera.h"
 #include "tests/support/scriptedlog.h"
 
 #include <atomic>
@@ -69,18 +70,24 @@ public:
     std::string name() const override { return "scripted"; }
     std::vector<korvane::CameraDescription> cameraDescriptions() override;
     std::shared_ptr<korvane::DvsCamera> openCamera(const std::string& serial) override;
+    std::shared_ptr<korvane::FusionCamera> openFusionCamera(const std::string& serial) override;
 
     /// Offers a camera more.
     void offer(const std::string& serial, const std::string& product);
     /// The camera opened last with this serial, empty once it is closed.
     std::shared_ptr<ScriptedCamera> opened(const std::string& serial) const;
 
+    /// The fusion camera opened last, empty once it is closed.
+    std::shared_ptr<ScriptedFusionCamera> openedFusion() const;
+
     /// Called for a camera before it is handed out, on the opening thread; false refuses it. Set before use.
     std::function<bool(ScriptedCamera& camera)> onOpen;
+    std::function<bool(ScriptedFusionCamera& camera)> onOpenFusion;
 
 private:
     ScriptedLog& log;
     mutable std::mutex mutex;
     std::vector<korvane::CameraDescription> descriptions; ///< under mutex
     std::vector<std::pair<std::string, std::weak_ptr<ScriptedCamera>>> cameras; ///< under mutex
+    std::weak_ptr<ScriptedFusionCamera> fusionCamera; ///< under mutex
 };

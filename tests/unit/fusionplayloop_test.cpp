@@ -28,6 +28,8 @@ public:
             images.push_back(image.copy());
         }
         log.add("image");
+        if (onImage)
+            onImage();
     }
     void showTimeStamp(std::uint64_t time) override { log.add("time " + std::to_string(time)); }
     void showProgress(std::uint64_t cur, std::uint64_t total) override
@@ -46,6 +48,7 @@ public:
         return images.at(index);
     }
 
+    std::function<void()> onImage;
     std::function<void()> onFinished;
 
 private:
@@ -253,12 +256,25 @@ TEST_F(FusionPlayLoopTest, AQuietStretchIsNotTheEnd)
 
 TEST_F(FusionPlayLoopTest, ATickWaitsForTheRestOfItsTimeOnly)
 {
-    open(3, 3);
+    open(4, 4);
+    output.onImage = [this] { clock.advance(std::chrono::microseconds(12345)); };
     loop->start(recording);
     letTick(2);
     loop->stop();
     for (const std::int64_t wait : clock.waits())
-        EXPECT_EQ(wait, 33333); // the fake clock stands still while a tick works
+        EXPECT_EQ(wait, 33333 - 12345);
+}
+
+TEST_F(FusionPlayLoopTest, ATickThatTookAllItsTimeIsFollowedByTheNextAtOnce)
+{
+    open(4, 4);
+    int ticks = 0;
+    output.onImage = [this, &ticks] { clock.advance(std::chrono::microseconds(++ticks < 3 ? 33333 : 0)); };
+    loop->start(recording);
+    ASSERT_TRUE(clock.awaitWaits(1));
+    loop->stop();
+    EXPECT_EQ(log.count("image"), 3);
+    EXPECT_EQ(clock.waits(), std::vector<std::int64_t>{33333});
 }
 
 TEST_F(FusionPlayLoopTest, AStopRightAfterTheStartIsNotLost)

@@ -54,6 +54,7 @@ korvane_add_test(apsvideo_test THREADS
         ${CMAKE_CURRENT_LIST_DIR}/apsvideofixture.h
         ${CMAKE_CURRENT_LIST_DIR}/apsvideoreader_test.cpp
         ${CMAKE_CURRENT_LIST_DIR}/apsvideowriter_test.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/intensityrecorder_test.cpp
     LINKS korvane_recording korvane_videosupport)
 # Random streams against the reference decoder.
 korvane_add_test(recordingstreams_test

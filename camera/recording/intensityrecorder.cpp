@@ -1,0 +1,133 @@
+#include "camera/recording/intensityrecorder.h"
+
+#include "camera/recording/apsvideowriter.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QFileInfo>
+
+#include <exception>
+#include <utility>
+
+namespace korvane::recording {
+
+IntensityRecorder::IntensityRecorder(int frameWidth, int frameHeight, OpenDevice open)
+    : width(frameWidth), height(frameHeight), openDevice(std::move(open))
+{
+}
+
+IntensityRecorder::~IntensityRecorder()
+{
+    stop();
+}
+
+std::unique_ptr<QIODevice> IntensityRecorder::openNewFile(const QString& path, QString& error)
+{
+    auto file = std::make_unique<QFile>(path);
+    if (file->open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return file;
+    error = file->errorString();
+    return nullptr;
+}
+
+void IntensityRecorder::fail(const QString& path, const QString& reason)
+{
+    qWarning().noquote().nospace() << path << ": cannot be recorded: " << reason;
+    const std::lock_guard lock(mutex);
+    recorderState = {false, path.toLocal8Bit().toStdString(), reason.toLocal8Bit().toStdString()};
+}
+
+void IntensityRecorder::start(const std::string& rawPath)
+{
+    stop();
+    const QFileInfo raw(QString::fromLocal8Bit(rawPath.c_str()));
+    const QString path = raw.path() + QLatin1Char('/') + raw.completeBaseName() + QStringLiteral(".mp4");
+    QString error;
+    auto device = openDevice(path, error);
+    if (!device) {
+        fail(path, error);
+        return;
+    }
+    std::shared_ptr<ApsVideoWriter> started;
+    try {
+        started = ApsVideoWriter::create(std::move(device), width, height, path, error);
+    } catch (const std::exception& exception) {
+        error = QString::fromLocal8Bit(exception.what());
+    }
+    if (!started) {
+        QFile::remove(path);
+        fail(path, error);
+        return;
+    }
+    const std::lock_guard lock(mutex);
+    writer = std::move(started);
+    begun = false;
+    recorderState = {true, path.toLocal8Bit().toStdString(), {}};
+}
+
+void IntensityRecorder::stop()
+{
+    std::shared_ptr<ApsVideoWriter> ended;
+    bool hadEvents = false;
+    std::uint64_t last = 0;
+    QString path;
+    {
+        const std::lock_guard pushing(pushMutex);
+        const std::lock_guard lock(mutex);
+        ended = std::exchange(writer, nullptr);
+        recorderState.writing = false;
+        hadEvents = begun;
+        last = lastEvent;
+        path = QString::fromLocal8Bit(recorderState.path.c_str());
+    }
+    if (!ended)
+        return;
+    const bool whole = ended->finish(last);
+    if (!hadEvents || (whole && ended->counts().pictures == 0)) {
+        // The events' own file is removed as well when it got none; without pictures it stands alone.
+        qInfo().noquote().nospace() << path
+                                    << ": no picture came while it was recorded; the empty file is removed";
+        ended.reset();
+        QFile::remove(path);
+    } else if (!whole) {
+        const std::lock_guard lock(mutex);
+        recorderState.error = ended->error().toLocal8Bit().toStdString();
+    }
+}
+
+void IntensityRecorder::noteEvents(std::span<const Event2D> events)
+{
+    if (events.empty())
+        return;
+    const std::lock_guard lock(mutex);
+    if (!writer)
+        return;
+    if (!std::exchange(begun, true))
+        writer->begin(events.front().timestamp);
+    lastEvent = events.back().timestamp;
+}
+
+void IntensityRecorder::push(const ApsFrame& frame)
+{
+    const std::lock_guard pushing(pushMutex);
+    std::shared_ptr<ApsVideoWriter> running;
+    {
+        const std::lock_guard lock(mutex);
+        running = writer;
+    }
+    if (running)
+        running->push(frame);
+}
+
+RecorderState IntensityRecorder::state() const
+{
+    const std::lock_guard lock(mutex);
+    RecorderState state = recorderState;
+    if (writer && writer->failed()) {
+        state.writing = false;
+        state.error = writer->error().toLocal8Bit().toStdString();
+    }
+    return state;
+}
+
+} // namespace korvane::recording
