@@ -75,9 +75,9 @@ void StreamedDvsCamera::setEventSink(std::shared_ptr<EventSink> sink)
 
 void StreamedDvsCamera::take(const StreamStep& step)
 {
-    // The view first: a disk that is behind holds the recording up, not the picture of this step.
-    spans.append(step.events, step.until);
+    // What is seen has been recorded.
     recorder.deliver(step);
+    spans.append(step.events, step.until);
 }
 
 } // namespace korvane::simulation

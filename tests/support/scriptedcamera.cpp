@@ -1,5 +1,7 @@
 #include "tests/support/scriptedcamera.h"
 
+#include <algorithm>
+
 #include <utility>
 
 ScriptedCamera::ScriptedCamera(std::string cameraName, ScriptedLog& callLog)
@@ -120,6 +122,12 @@ std::shared_ptr<korvane::DvsCamera> ScriptedBackend::openCamera(const std::strin
 
 std::shared_ptr<korvane::FusionCamera> ScriptedBackend::openFusionCamera(const std::string& serial)
 {
+    {
+        const std::lock_guard guard(mutex);
+        if (std::none_of(descriptions.begin(), descriptions.end(),
+                         [&serial](const auto& description) { return description.serial == serial; }))
+            return nullptr;
+    }
     log.add("open fusion " + serial);
     auto camera = std::make_shared<ScriptedFusionCamera>(serial, log);
     if (onOpenFusion && !onOpenFusion(*camera))
