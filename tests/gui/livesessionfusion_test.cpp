@@ -44,6 +44,9 @@ protected:
             return opens;
         };
     }
+    // The session tells the sink until its end.
+    ~LiveSessionFusionTest() override { session.reset(); }
+
     std::shared_ptr<ScriptedFusionCamera> openFusion()
     {
         backend->offer("P1", "Pellix");

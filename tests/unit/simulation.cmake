@@ -20,3 +20,9 @@ korvane_add_test(simulation_camera_test THREADS
 korvane_add_test(simulation_fusion_test THREADS
     SOURCES simulation_fusion_test.cpp
     LINKS korvane_simulation korvane_kernels)
+
+# A process is forked and killed, which the sanitizers do not follow; and they make 4K frames too slowly.
+korvane_add_test(simulation_fusionkilled_test
+    SOURCES simulation_fusionkilled_test.cpp
+    LINKS korvane_simulation korvane_recording
+    LABELS release_only)
