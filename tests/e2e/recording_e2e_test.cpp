@@ -167,6 +167,8 @@ TEST_F(RecordingStory, AskedForWhileTheViewStandsStillItBeginsWithTheNextStart)
 {
     openCamera();
     click("pb_play");
+    // A picture that was under way is shown first.
+    QCoreApplication::processEvents();
     const QString stopped = text("label_show_timestamp_info");
     click("pb_record");
     EXPECT_TRUE(button("pb_record")->isChecked());
