@@ -12,6 +12,12 @@ constexpr std::size_t width = fusiongeometry::eventWidth;
 constexpr std::size_t height = fusiongeometry::eventHeight;
 constexpr std::size_t counters = width * height * 2;
 
+void addTo(std::vector<std::uint16_t>& sums, const std::vector<std::uint16_t>& counts)
+{
+    for (std::size_t i = 0; i < sums.size(); ++i)
+        sums[i] = static_cast<std::uint16_t>(std::min(sums[i] + counts[i], int{UINT16_MAX}));
+}
+
 } // namespace
 
 std::shared_ptr<EventCountFrame> FrameCounts::emptyCounts()
@@ -31,9 +37,11 @@ FrameCounts::Slot& FrameCounts::slotFor(std::uint64_t time)
 {
     const std::uint64_t end = (time + period - 1) / period * period;
     if (open.empty() || open.back().end < end) {
-        // While nobody takes frames, the oldest events are of no frame any more.
-        if (open.size() >= framesKept)
+        // While no frame comes the oldest slots become one: their events belong to the next frame together.
+        if (open.size() >= framesKept) {
+            addTo(open[1].counts->counts, open[0].counts->counts);
             open.pop_front();
+        }
         open.push_back({end, emptyCounts()});
     }
     return open.back();
@@ -67,9 +75,7 @@ void FrameCounts::closeFrame(std::uint64_t time)
             continue;
         }
         // A frame was left out: its events belong to this one.
-        for (std::size_t i = 0; i < counters; ++i)
-            frame.counts->counts[i] = static_cast<std::uint16_t>(
-                std::min(frame.counts->counts[i] + slot.counts->counts[i], int{UINT16_MAX}));
+        addTo(frame.counts->counts, slot.counts->counts);
     }
     if (!frame.counts)
         frame.counts = emptyCounts();

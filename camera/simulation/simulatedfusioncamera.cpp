@@ -274,9 +274,11 @@ void SimulatedFusionCamera::makeFrames()
             qWarning("Camera %s makes fewer than 30 intensity frames a second on this machine.",
                      serial.c_str());
         }
+        // Before the picture is drawn, which takes its time: the events that come meanwhile are the next
+        // one's.
+        counts.closeFrame(time);
         renderer.setParameters(apsParameters());
         const ApsFrame frame = renderer.render(time);
-        counts.closeFrame(time);
         intensityRecorder.push(frame);
         std::vector<ApsFrameCallback> callbacks;
         {
