@@ -298,6 +298,8 @@ TEST_F(FusionPlayLoopTest, StartingWhileItRunsEndsTheRunningLoopFirst)
     EXPECT_EQ(log.count("frame 0"), 1);
 }
 
+// The thread sanitizer takes a join that the system refuses for one that was done.
+#ifndef __SANITIZE_THREAD__
 TEST_F(FusionPlayLoopTest, JoiningFromThePlayThreadIsAnError)
 {
     open(1, 1);
@@ -318,6 +320,7 @@ TEST_F(FusionPlayLoopTest, JoiningFromThePlayThreadIsAnError)
     ASSERT_TRUE(log.waitForCount("refused", 1));
     loop->stop();
 }
+#endif
 
 TEST_F(FusionPlayLoopTest, DestructionEndsAndJoins)
 {
