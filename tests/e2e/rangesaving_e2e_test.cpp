@@ -3,6 +3,7 @@
 #include "playback/kvcutrawfile.h"
 #include "playback/kvexportvideoui.h"
 #include "tests/e2e/windowstory.h"
+#include "tests/support/exportedvideo.h"
 #include "tests/support/scripteddialogs.h"
 
 #include <QLineEdit>
@@ -133,10 +134,17 @@ TEST_F(RangeSavingStory, PointsSetWithTheMouseAreCutOpenedAndExported)
     ASSERT_TRUE(wait([] { return toasts().contains(u"Export video success!"_s); }));
     // The name is taken by the recording, with which the video would be one.
     EXPECT_EQ(files(), (QStringList{base + u"-1.mp4"_s, base + u".raw"_s}));
-    EXPECT_GT(QFileInfo(folder + u'/' + base + u"-1.mp4"_s).size(), 10'000);
+    const QString exported = folder + u'/' + base + u"-1.mp4"_s;
+    const auto reader = korvane::DvsFileReader::createFileReader(cut.toLocal8Bit().toStdString());
+    ASSERT_TRUE(reader && reader->loadFile());
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    reader->getStartTimestamp(first);
+    reader->getEndTimestamp(last);
+    expectVideoLikeTheView(*reader, exported, first, last, EventFrameBuffer::width, EventFrameBuffer::height);
 
     // Even beside its recording the video makes it none of a fusion camera: it can still be stepped.
-    ASSERT_TRUE(QFile::rename(folder + u'/' + base + u"-1.mp4"_s, folder + u'/' + base + u".mp4"_s));
+    ASSERT_TRUE(QFile::rename(exported, folder + u'/' + base + u".mp4"_s));
     openPaused(cut);
     const int before = timeline()->centerValue();
     click("pb_next");
@@ -168,6 +176,10 @@ TEST_F(RangeSavingStory, BadRangesFoldersAndNamesLeaveNoFile)
         dialog.setSavePath(path);
         dialog.setFileName(u"x.raw"_s);
     })) << "a file for a folder";
+    // An export that fails leaves nothing either; its toast comes all the same.
+    save<KvExportVideoUI>([](KvExportVideoUI& dialog) { dialog.setSavePath(u"/proc/nowhere"_s); });
+    EXPECT_TRUE(wait([] { return toasts().contains(u"Export video success!"_s); }));
+    EXPECT_TRUE(files().isEmpty());
     // After all of it the window works, and text for a start means the start.
     save<KvCutRawFile>([&type](KvCutRawFile& dialog) {
         type(dialog, "le_start_time", u"abc"_s);

@@ -5,7 +5,7 @@
 #include "display/eventframebuffer.h"
 #include "tests/support/capturedmessages.h"
 #include "tests/support/decodedvideo.h"
-#include "tests/support/pictureluma.h"
+#include "tests/support/exportedvideo.h"
 #include "tests/support/temporaryrecordings.h"
 
 #include <QDir>
@@ -81,24 +81,9 @@ protected:
     /// The video has the right pictures at the right times, each like the live view's of its events.
     void expectLikeTheView(const QString& path, std::uint64_t from, std::uint64_t to)
     {
-        EventFrameBuffer view;
-        std::size_t k = 0;
-        double worst = 99;
-        const DecodedVideo video = decodeVideo(path, [&](const DecodedPicture& picture) {
-            const std::uint64_t at = from + k * period;
-            const auto window = reader->getEventsAt(at, std::min(period, to - at + 1));
-            ASSERT_TRUE(window);
-            view.addEvents(window->data(), window->data() + window->size());
-            EXPECT_EQ(picture.time, static_cast<std::int64_t>(k * period));
-            const int width = sizeOf(reader->sensorGeometry().width, EventFrameBuffer::width);
-            const int height = sizeOf(reader->sensorGeometry().height, EventFrameBuffer::height);
-            worst = std::min(worst, psnr(picture.luma, lumaOf(view.takeImage(), width, height)));
-            ++k;
-        });
-        EXPECT_EQ(video.error, QString());
-        EXPECT_EQ(video.count, (to - from) / period + 1);
-        EXPECT_EQ(video.duration, static_cast<std::int64_t>(video.count * period));
-        EXPECT_GE(worst, 35);
+        expectVideoLikeTheView(*reader, path, from, to,
+                               sizeOf(reader->sensorGeometry().width, EventFrameBuffer::width),
+                               sizeOf(reader->sensorGeometry().height, EventFrameBuffer::height));
     }
 
     static int sizeOf(int sensor, int most) { return std::min((sensor + 1) / 2 * 2, most); }
