@@ -76,13 +76,15 @@ void SimulatedFusionCamera::release(SimulatedFusionCamera* camera)
 SimulatedFusionCamera::SimulatedFusionCamera(const SimulatedCameraConfig& config,
                                              std::shared_ptr<const FusionStage> stage)
     : serial(config.serial), startFails(config.failStart),
-      sensor(std::make_unique<FusionScene>(stage), config.sensor, config.seed),
+      sensor(std::make_unique<FusionScene>(stage), config.sensor, config.seed), tools(sensor.geometry()),
       recorder(sensor.geometry(), config.serial),
       intensityRecorder(fusiongeometry::apsWidth, fusiongeometry::apsHeight), renderer(stage),
       pacer(config.serial, sensor, [this](const StreamStep& step) { take(step); })
 {
     dvsDescription.serial = config.serial;
     dvsDescription.product = config.product;
+    for (const auto& [type, tool] : tools.all())
+        addTool(type, tool);
 }
 
 SimulatedFusionCamera::~SimulatedFusionCamera()
@@ -210,9 +212,10 @@ void SimulatedFusionCamera::setEventSink(std::shared_ptr<EventSink> sink)
 }
 
 /// On the pacer's thread.
-void SimulatedFusionCamera::take(const StreamStep& step)
+void SimulatedFusionCamera::take(const StreamStep& made)
 {
     const Delivering delivering(this);
+    const StreamStep step = tools.process(made);
     {
         const std::lock_guard lock(recordingMutex);
         recorder.deliver(step);

@@ -11,6 +11,7 @@
 #include "camera/simulation/sensorstream.h"
 #include "camera/simulation/simulatedcameraconfig.h"
 #include "camera/simulation/streampacer.h"
+#include "camera/simulation/streamtools.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -60,7 +61,7 @@ private:
     ~SimulatedFusionCamera() override;
     static void release(SimulatedFusionCamera* camera);
 
-    void take(const StreamStep& step);
+    void take(const StreamStep& made);
     void runFrames();
     void makeFrames();
     std::uint64_t awaitFrame(std::uint64_t next);
@@ -69,6 +70,7 @@ private:
     const std::string serial;
     const bool startFails;
     SensorStream sensor;
+    StreamTools tools;
     std::mutex recordingMutex; // both files of a recording begin with the same event
     RecorderPort recorder;
     recording::IntensityRecorder intensityRecorder;

@@ -11,9 +11,16 @@ constexpr int cannotStream = 1;
 } // namespace
 
 StreamedDvsCamera::StreamedDvsCamera(const std::string& serial, std::unique_ptr<EventStream> events)
-    : stream(std::move(events)), recorder(stream->geometry(), serial),
+    : stream(std::move(events)), tools(stream->geometry()), recorder(stream->geometry(), serial),
       pacer(serial, *stream, [this](const StreamStep& step) { take(step); })
 {
+    offerTools();
+}
+
+void StreamedDvsCamera::offerTools()
+{
+    for (const auto& [type, tool] : tools.all())
+        addTool(type, tool);
 }
 
 bool StreamedDvsCamera::isConnected()
@@ -73,8 +80,9 @@ void StreamedDvsCamera::setEventSink(std::shared_ptr<EventSink> sink)
     recorder.setSink(std::move(sink));
 }
 
-void StreamedDvsCamera::take(const StreamStep& step)
+void StreamedDvsCamera::take(const StreamStep& made)
 {
+    const StreamStep step = tools.process(made);
     // What is seen has been recorded.
     recorder.deliver(step);
     spans.append(step.events, step.until);

@@ -7,6 +7,7 @@
 #include "camera/simulation/recorderport.h"
 #include "camera/simulation/spanassembler.h"
 #include "camera/simulation/streampacer.h"
+#include "camera/simulation/streamtools.h"
 
 #include <cstdint>
 #include <memory>
@@ -15,7 +16,8 @@
 
 namespace korvane::simulation {
 
-/// Makes a DVS-only camera of any stream of events: paced by the wall clock, cut into batches, recorded.
+/// Makes a DVS-only camera of any stream of events: paced by the wall clock, cut into batches, recorded, with
+/// the tools that filter a stream.
 /// Threads as with DvsCamera; the operations that are not DvsCamera's may be called from any.
 class StreamedDvsCamera : public DvsCamera, public Pluggable
 {
@@ -40,11 +42,15 @@ public:
 
 protected:
     EventStream& source() { return *stream; }
+    /// While the camera is made.
+    StreamTools& streamTools() { return tools; }
+    void offerTools();
 
 private:
-    void take(const StreamStep& step);
+    void take(const StreamStep& made);
 
     const std::unique_ptr<EventStream> stream;
+    StreamTools tools;
     SpanAssembler spans;
     RecorderPort recorder;
     StreamPacer pacer; // last: its thread ends before anything it delivers to

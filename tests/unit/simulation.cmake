@@ -26,3 +26,10 @@ korvane_add_test(simulation_fusionkilled_test
     SOURCES simulation_fusionkilled_test.cpp
     LINKS korvane_simulation korvane_recording
     LABELS release_only)
+
+# What the settings tools are made of, and what they do to a stream.
+korvane_add_test(simulation_tools_test THREADS
+    SOURCES
+        simulation_filterchain_test.cpp
+        simulation_parametertool_test.cpp
+    LINKS korvane_simulation)
