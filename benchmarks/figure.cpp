@@ -1,7 +1,6 @@
 #include "benchmarks/figure.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
@@ -54,6 +53,18 @@ double secondsToCopy(std::size_t bytes, std::size_t window)
             benchmark::ClobberMemory();
         }
     });
+}
+
+double milliseconds(std::chrono::steady_clock::duration duration)
+{
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
+double percentile99(std::vector<double> values)
+{
+    const auto place = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 99 / 100);
+    std::nth_element(values.begin(), place, values.end());
+    return *place;
 }
 
 } // namespace figure

@@ -2,8 +2,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
+#include <vector>
 
 /// Figures: what a benchmark measured, beside what the machine itself can do with the same bytes.
 namespace figure {
@@ -28,5 +30,10 @@ double secondsToCopy(std::size_t bytes, std::size_t window);
 
 /// Seconds of wall time at best of five.
 double bestOfFive(const std::function<void()>& work);
+
+double milliseconds(std::chrono::steady_clock::duration duration);
+
+/// The value that 99 of 100 are not above.
+double percentile99(std::vector<double> values);
 
 } // namespace figure

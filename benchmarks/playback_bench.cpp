@@ -1,5 +1,6 @@
 #include "benchmarks/figure.h"
 #include "benchmarks/streams.h"
+#include "benchmarks/watchedclock.h"
 #include "camera/driver/backend.h"
 #include "camera/recording/recordingbackend.h"
 #include "display/eventframebuffer.h"
@@ -8,7 +9,6 @@
 
 #include <QApplication>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
@@ -48,19 +48,6 @@ void useApplication()
     static QApplication application(argc, argv);
 }
 
-double milliseconds(Clock::duration duration)
-{
-    return std::chrono::duration<double, std::milli>(duration).count();
-}
-
-/// The value that 99 of 100 are not above.
-double percentile99(std::vector<double> values)
-{
-    const auto place = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 99 / 100);
-    std::nth_element(values.begin(), place, values.end());
-    return *place;
-}
-
 /// From a press of the next button to the picture as a pixmap, anywhere in a recording of 1 GB; the limit
 /// copies the events and the picture.
 void next_click(benchmark::State& state)
@@ -86,36 +73,13 @@ void next_click(benchmark::State& state)
             player.onSliderTimeMove(std::uniform_int_distribution<int>(0, last)(generator));
             const auto before = Clock::now();
             player.nextClicked();
-            answers.push_back(milliseconds(Clock::now() - before));
+            answers.push_back(figure::milliseconds(Clock::now() - before));
         }
         constexpr std::size_t copied = 333'330 * sizeof(korvane::Event2D) + pictureBytes;
-        figure::report(state, "ms", figure::Better::Lower, percentile99(answers),
+        figure::report(state, "ms", figure::Better::Lower, figure::percentile99(answers),
                        figure::secondsToCopy(copied, pictureBytes) * 1e3);
     }
 }
-
-/// Notes when each tick begins and how long it works.
-class WatchedClock : public SteadyPlaybackClock
-{
-public:
-    // A tick asks twice: when it begins and when it has done its work.
-    TimePoint now() override
-    {
-        const TimePoint time = Clock::now();
-        if (working)
-            work.push_back(milliseconds(time - begins.back()));
-        else
-            begins.push_back(time);
-        working = !working;
-        return time;
-    }
-
-    std::vector<TimePoint> begins;
-    std::vector<double> work; ///< milliseconds
-
-private:
-    bool working = false;
-};
 
 /// Takes the pictures as the player does, and goes round for ever.
 class Screen : public PlaybackView
@@ -161,8 +125,7 @@ Playback watchedPlayback(const Reader& reader)
     loop.start();
     std::this_thread::sleep_for(std::chrono::seconds(10));
     loop.stop();
-    const double seconds = std::chrono::duration<double>(clock.begins.back() - clock.begins.front()).count();
-    return {static_cast<double>(clock.begins.size() - 1) / seconds, percentile99(clock.work)};
+    return {clock.ticksPerSecond(), figure::percentile99(clock.work)};
 }
 
 const Reader& doubleRecording()

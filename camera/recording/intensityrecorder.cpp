@@ -1,7 +1,5 @@
 #include "camera/recording/intensityrecorder.h"
 
-#include "camera/recording/apsvideowriter.h"
-
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
@@ -83,6 +81,10 @@ void IntensityRecorder::stop()
     if (!ended)
         return;
     const bool whole = ended->finish(last);
+    {
+        const std::lock_guard lock(mutex);
+        lastCounts = ended->counts();
+    }
     if (!hadEvents || (whole && ended->counts().pictures == 0)) {
         // The events' own file is removed as well when it got none; without pictures it stands alone.
         qInfo().noquote().nospace() << path
@@ -128,6 +130,12 @@ RecorderState IntensityRecorder::state() const
         state.error = writer->error().toLocal8Bit().toStdString();
     }
     return state;
+}
+
+ApsVideoWriter::Counts IntensityRecorder::counts() const
+{
+    const std::lock_guard lock(mutex);
+    return writer ? writer->counts() : lastCounts;
 }
 
 } // namespace korvane::recording

@@ -3,6 +3,7 @@
 #include "camera/driver/apsframe.h"
 #include "camera/driver/event2d.h"
 #include "camera/driver/recorderstate.h"
+#include "camera/recording/apsvideowriter.h"
 
 #include <QIODevice>
 #include <QString>
@@ -15,8 +16,6 @@
 #include <string>
 
 namespace korvane::recording {
-
-class ApsVideoWriter;
 
 /// What a fusion camera records its intensity frames with: NAME.mp4 beside the NAME.raw of its events.
 /// start() and stop() belong to one thread, noteEvents() to the events' and push() to the frames'; state()
@@ -45,6 +44,8 @@ public:
     /// Records a frame. Never waits for the disk or the encoder.
     void push(const ApsFrame& frame);
     RecorderState state() const;
+    /// What became of the slots and frames of the recording that runs or ran last. Any thread.
+    ApsVideoWriter::Counts counts() const;
 
     static std::unique_ptr<QIODevice> openNewFile(const QString& path, QString& error);
 
@@ -60,6 +61,7 @@ private:
     bool begun = false; ///< under mutex: an event was noted
     std::uint64_t lastEvent = 0; ///< under mutex, microseconds
     RecorderState recorderState; ///< under mutex
+    ApsVideoWriter::Counts lastCounts; ///< under mutex: of the video that ended last
 };
 
 } // namespace korvane::recording

@@ -53,6 +53,8 @@ public:
     ApsParameters apsParameters() const;
     /// Takes effect with the next frame.
     void setApsParameters(const ApsParameters& parameters);
+    /// What became of the frames of the recording that runs or ran last.
+    recording::ApsVideoWriter::Counts recordedFrames() const { return intensityRecorder.counts(); }
     /// Every event from now on goes to `sink`, see RecorderPort::setSink.
     void setEventSink(std::shared_ptr<EventSink> sink);
 
