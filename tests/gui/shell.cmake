@@ -7,6 +7,8 @@ qt_add_resources(missingresources_test emptytranslation
     FILES "${CMAKE_CURRENT_BINARY_DIR}/emptytranslation/app_en.qm")
 
 if(TARGET korvane_resources)
+    korvane_add_test(applicationsetup_test GUI
+        SOURCES applicationsetup_test.cpp startarguments_test.cpp LINKS korvane_shell korvane_resources)
     korvane_add_test(fonts_test GUI SOURCES fonts_test.cpp LINKS korvane_shell korvane_resources)
     korvane_add_test(languages_test GUI SOURCES languages_test.cpp LINKS korvane_shell korvane_resources)
     korvane_add_test(initdialog_test GUI SOURCES initdialog_test.cpp LINKS korvane_shell korvane_resources)
