@@ -1,53 +1,11 @@
 #include "camera/simulation/replaybackend.h"
 #include "tests/e2e/livestoryfixture.h"
+#include "tests/e2e/program.h"
 #include "tests/support/movingbar.h"
 
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
-#include <chrono>
-
 namespace {
-
-constexpr auto patience = std::chrono::seconds(60);
-
-/// The shipped program, started as a user starts it.
-class Program
-{
-public:
-    Program(const QString& replay, const QStringList& arguments)
-    {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("KORVANE_REPLAY"), replay);
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        process.setProcessEnvironment(environment);
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.setWorkingDirectory(folder.path());
-        process.start(QStringLiteral(KORVANE_EXECUTABLE), arguments);
-    }
-    ~Program()
-    {
-        process.terminate();
-        process.waitForFinished(30000);
-    }
-    bool waitForLine(const QString& line)
-    {
-        return QTest::qWaitFor(
-            [this, &line] {
-                output += QString::fromLocal8Bit(process.readAll());
-                return output.contains(line + QLatin1Char('\n'));
-            },
-            static_cast<int>(std::chrono::milliseconds(patience).count()));
-    }
-    bool isRunning() const { return process.state() == QProcess::Running; }
-    std::string text() const { return output.toStdString(); }
-
-private:
-    QTemporaryDir folder;
-    QProcess process;
-    QString output;
-};
 
 class ReplayStory : public LiveStory
 {
