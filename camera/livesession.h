@@ -120,8 +120,8 @@ private:
     int streamHandle = 0; ///< no driver hands one out; it is passed back at stop all the same
     bool recording = false;
     QElapsedTimer recordingClock;
-    QTimer recordingTimer;
-    QTimer fusionTimer; ///< runs while a fusion camera streams: no loop of ours would notice its end
+    QTimer recordingTimer{this};
+    QTimer fusionTimer{this}; ///< runs while a fusion camera streams: no loop of ours would notice its end
     qint64 shownSeconds = -1; ///< of the recording's time, told last
     DvsReadingLoop loop; ///< last: its thread ends before anything it uses
 };

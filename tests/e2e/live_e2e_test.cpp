@@ -4,6 +4,8 @@
 
 #include <QWheelEvent>
 
+#include <vector>
+
 TEST_F(LiveStory, ACameraThenARecordingToItsEndWithASeek)
 {
     const auto descriptions = cameras->cameraDescriptions();
@@ -26,7 +28,15 @@ TEST_F(LiveStory, ACameraThenARecordingToItsEndWithASeek)
     QCoreApplication::processEvents();
     const QString paused = text("label_show_timestamp_info");
     const auto shown = window->findChild<ShowImageForm*>()->shownPixmap().cacheKey();
-    QTest::qWait(100);
+    // Time enough for the next pictures: another camera has given some meanwhile.
+    const auto other = cameras->openCamera(descriptions[1].serial);
+    ASSERT_NE(other, nullptr);
+    other->setBatchTime(33333);
+    ASSERT_EQ(other->start(), 0);
+    std::vector<korvane::Event2D> batch;
+    int batches = 0;
+    EXPECT_TRUE(wait([&] { return (batches += other->getNextEventBatch(batch) ? 1 : 0) >= 3; }));
+    other->stop();
     EXPECT_EQ(text("label_show_timestamp_info"), paused);
     EXPECT_EQ(window->findChild<ShowImageForm*>()->shownPixmap().cacheKey(), shown);
     QTest::keyClick(window.get(), Qt::Key_Space);

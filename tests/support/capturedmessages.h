@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <functional>
+
 /// Collects the log lines written while it lives, from any thread, and passes none on. At most one lives at a
 /// time.
 class CapturedMessages
@@ -36,6 +38,9 @@ public:
     QStringList debug() const { return of(QtDebugMsg); }
     QStringList warnings() const { return of(QtWarningMsg); }
 
+    /// Called with each line by the thread that writes it; set before others write. It writes none itself.
+    std::function<void(const QString& line)> onLine;
+
 private:
     struct Line
     {
@@ -45,8 +50,12 @@ private:
 
     static void handle(QtMsgType type, const QMessageLogContext&, const QString& text)
     {
-        const QMutexLocker lock(&current->mutex);
-        current->lines.append({type, text});
+        {
+            const QMutexLocker lock(&current->mutex);
+            current->lines.append({type, text});
+        }
+        if (current->onLine)
+            current->onLine(text);
     }
 
     static inline CapturedMessages* current = nullptr;
