@@ -263,6 +263,7 @@ TEST_F(CamerasListTest, IsFramelessWithItsCrossOutsideTheDragArea)
 {
     open({"A"});
     EXPECT_TRUE(dialog->windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_EQ(dialog->windowTitle(), u"Open a camera"_s);
     EXPECT_TRUE(find<QWidget>("widget_title_bar")->isAncestorOf(button("pb_win_close")));
     EXPECT_FALSE(find<QWidget>("widget_title_name")->isAncestorOf(button("pb_win_close")));
     EXPECT_EQ(button("pb_win_close")->size(), QSize(30, 30));

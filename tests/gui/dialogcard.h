@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCursor>
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,6 +15,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// What every dialog of the frameless family looks and behaves like.
@@ -65,6 +67,22 @@ inline void expectFamilyLook(QDialog& dialog)
     dialog.resize(dialog.size() + QSize(40, 20));
     EXPECT_EQ(dialog.mask().boundingRect(), dialog.rect());
     EXPECT_FALSE(dialog.mask().contains(dialog.rect().bottomRight()));
+}
+
+/// How the filled and the outlined button look under the mouse.
+inline void expectHoverLooks(QDialog& dialog)
+{
+    dialog.grab(); // lays it out
+    for (const auto& [name, colour] :
+         {std::pair("pb_save", QColor(0x00, 0x44, 0x60)), std::pair("pb_cancel", QColor(0xE5, 0xEC, 0xF0))}) {
+        const QRect place = placeOf(dialog, name);
+        QCursor::setPos(dialog.mapToGlobal(place.center()));
+        const auto* const button = find<QAbstractButton>(dialog, name);
+        ASSERT_TRUE(QTest::qWaitFor([button] { return button->underMouse(); })) << name;
+        const QImage picture = dialog.grab().toImage();
+        EXPECT_EQ(picture.pixelColor(place.left() + 12, place.center().y()), colour) << name;
+    }
+    QCursor::setPos(dialog.mapToGlobal(dialog.rect().center()));
 }
 
 /// How the filled and the outlined button look pressed.

@@ -201,6 +201,7 @@ TEST_F(KvGeneralSettingTest, TabGoesThroughTheFieldsInReadingOrder)
 TEST_F(KvGeneralSettingTest, IsAFramelessCardInItsColours)
 {
     card::expectFamilyLook(*dialog);
+    card::expectHoverLooks(*dialog);
     card::expectPressedLooks(*dialog);
     card::expectBox(*dialog, "widget_raw_file_path_setting");
     card::expectBox(*dialog, "widget_raw_file_path_setting_2");
