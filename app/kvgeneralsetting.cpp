@@ -3,23 +3,17 @@
 #include "ui_kvgeneralsetting.h"
 
 #include "app/config.h"
-#include "widgets/cardcorners.h"
+#include "widgets/framelesscard.h"
 
 #include <QFileDialog>
 #include <QTabBar>
-
-#include <QWKWidgets/widgetwindowagent.h>
 
 KvGeneralSetting::KvGeneralSetting(QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::KvGeneralSetting>())
 {
     ui->setupUi(this);
     ui->tw_settings->tabBar()->hide();
-    auto* const agent = new QWK::WidgetWindowAgent(this);
-    agent->setup(this);
-    agent->setTitleBar(ui->widget_title_name);
-    setAttribute(Qt::WA_TranslucentBackground);
-    new CardCorners(this);
+    makeFramelessCard(this, ui->widget_title_name);
 
     config = Config::getInstance(QStringLiteral("config.ini"));
     ui->le_default_file_path->setText(config->output_raw_file_path);

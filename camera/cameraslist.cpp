@@ -1,14 +1,13 @@
 #include "camera/cameraslist.h"
 
 #include "camera/driver/cameradescription.h"
-#include "widgets/cardcorners.h"
+#include "widgets/framelesscard.h"
 
 #include "ui_camerslist.h"
 
 #include <QIcon>
 #include <QKeyEvent>
 #include <QListWidgetItem>
-#include <QWKWidgets/widgetwindowagent.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -16,11 +15,7 @@ CamerasList::CamerasList(const std::vector<korvane::CameraDescription>& descs, Q
     : QDialog(parent), ui(std::make_unique<Ui::CamerasList>())
 {
     ui->setupUi(this);
-    setAttribute(Qt::WA_TranslucentBackground);
-    auto* agent = new QWK::WidgetWindowAgent(this);
-    agent->setup(this);
-    agent->setTitleBar(ui->widget_title_name);
-    new CardCorners(this);
+    makeFramelessCard(this, ui->widget_title_name);
 
     connect(ui->pb_open, &QPushButton::clicked, this, &CamerasList::accept);
     connect(ui->pb_close, &QPushButton::clicked, this, &CamerasList::reject);

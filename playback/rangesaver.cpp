@@ -80,8 +80,7 @@ bool RangeSaver::prepare()
     return true;
 }
 
-template <typename Dialog>
-bool RangeSaver::ask(Dialog& dialog, const QString& folder, const QString& suffix, Job& job) const
+bool RangeSaver::ask(RangeDialog& dialog, const QString& folder, const QString& suffix, Job& job) const
 {
     dialog.setStartTime(player.rangeStart());
     dialog.setEndTime(player.rangeEnd());

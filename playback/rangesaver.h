@@ -13,6 +13,7 @@
 class Config;
 class DvsPlayer;
 class QWidget;
+class RangeDialog;
 struct SourceState;
 
 namespace korvane {
@@ -57,8 +58,7 @@ private:
     };
 
     bool prepare();
-    template <typename Dialog>
-    bool ask(Dialog& dialog, const QString& folder, const QString& suffix, Job& job) const;
+    bool ask(RangeDialog& dialog, const QString& folder, const QString& suffix, Job& job) const;
     void runBehindSpinner(const std::function<void()>& work);
     void exportVideoJob(const Job& job);
     void cutRecordingJob(const Job& job);

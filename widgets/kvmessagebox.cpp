@@ -2,9 +2,7 @@
 
 #include "ui_kvmessagebox.h"
 
-#include "widgets/cardcorners.h"
-
-#include <QWKWidgets/widgetwindowagent.h>
+#include "widgets/framelesscard.h"
 
 #include <algorithm>
 
@@ -17,14 +15,8 @@ KVMessageBox::KVMessageBox(QString message, QString title, QString open_text, QS
     ui->lb_show_message->setText(message);
     ui->pb_close->setText(close_text);
     ui->pb_open->setText(open_text);
-    // Not every agent does this, and without it the card's round corners stand in a square.
-    setAttribute(Qt::WA_TranslucentBackground);
     fitText();
-
-    auto* agent = new QWK::WidgetWindowAgent(this);
-    agent->setup(this);
-    agent->setTitleBar(ui->widget_title_name);
-    new CardCorners(this);
+    makeFramelessCard(this, ui->widget_title_name);
 }
 
 KVMessageBox::~KVMessageBox() = default;

@@ -272,6 +272,13 @@
     </message>
 </context>
 <context>
+    <name>RangeDialog</name>
+    <message>
+        <source>Select Directory</source>
+        <translation>选择文件夹</translation>
+    </message>
+</context>
+<context>
     <name>RangeSaver</name>
     <message>
         <source>Please open a raw file first.</source>

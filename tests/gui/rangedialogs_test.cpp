@@ -220,6 +220,8 @@ TYPED_TEST(RangeDialogTest, IsAFramelessCardInTheFamilysColours)
     for (const char* name :
          {"widget_start_time", "widget_end_time", "widget_save_file_path", "widget_file_name"})
         card::expectBox(this->dialog, name);
+    card::expectHoverLooks(this->dialog);
+    card::expectPressedLooks(this->dialog);
 }
 
 TYPED_TEST(RangeDialogTest, NothingIsClippedInEitherLanguage)
