@@ -19,7 +19,8 @@ WaitingWin::WaitingWin(QWidget* anchorWidget)
     ui->label->setMovie(movie.get());
     ui->label->setAttribute(Qt::WA_TranslucentBackground);
     ui->label->setStyleSheet(QStringLiteral("background: transparent;"));
-    if (movie->isValid()) {
+    // A file that only begins like an animation is told by its first picture.
+    if (movie->jumpToFrame(0) && movie->isValid()) {
         ui->label->setMovie(movie.get());
         movie->start();
     } else {

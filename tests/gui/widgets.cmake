@@ -22,3 +22,16 @@ set_property(SOURCE kvmessagebox_test.cpp APPEND PROPERTY COMPILE_DEFINITIONS
 korvane_add_test(widgets_without_images_test GUI
     SOURCES kvcapturedlog.h kvwaitingwinwithoutgif_test.cpp
     LINKS korvane_widgets)
+# Animations that are none, each in a file of resources that the test puts in the missing one's place.
+set(broken_gifs "${CMAKE_CURRENT_BINARY_DIR}/brokengifs")
+string(ASCII 1 44 1 44 head)
+file(CONFIGURE OUTPUT "${broken_gifs}/otherkind.gif" CONTENT "no animation" @ONLY)
+file(CONFIGURE OUTPUT "${broken_gifs}/headonly.gif" CONTENT "GIF89a${head}" @ONLY)
+foreach(kind otherkind headonly)
+    file(CONFIGURE OUTPUT "${broken_gifs}/${kind}.qrc" @ONLY CONTENT
+        "<RCC><qresource prefix=\"/img/icon\"><file alias=\"waiting.gif\">${kind}.gif</file></qresource></RCC>")
+    qt_add_binary_resources(widgets_broken_gif_${kind} "${broken_gifs}/${kind}.qrc"
+        DESTINATION "${broken_gifs}/${kind}.rcc")
+    add_dependencies(widgets_without_images_test widgets_broken_gif_${kind})
+endforeach()
+target_compile_definitions(widgets_without_images_test PRIVATE BROKEN_GIFS="${broken_gifs}")
