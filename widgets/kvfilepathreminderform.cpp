@@ -70,23 +70,14 @@ KvFilePathReminderForm::~KvFilePathReminderForm() = default;
 
 void KvFilePathReminderForm::applyLook(KvMessageType type)
 {
-    const auto apply = [this](const QString& title, QLatin1StringView background, QLatin1StringView color,
-                              QLatin1StringView icon) {
-        // Until it is polished a widget goes on with the rules of the style sheet that it had first.
-        ui->widget_item->ensurePolished();
-        QString style = ui->widget_item->styleSheet();
-        style.replace(QLatin1StringView("#F5FCF6"), background);
-        style.replace(QLatin1StringView("#58DB6D"), color);
-        style.replace(QLatin1StringView("icon_toasts_success"), icon);
-        ui->widget_item->setStyleSheet(style);
-        ui->lb_title->setText(title);
-    };
-    if (type == Warning)
-        apply(tr("Warning"), QLatin1StringView("#FEFBF4"), QLatin1StringView("#F9BF37"),
-              QLatin1StringView("icon_toasts_warning"));
-    else if (type == Error)
-        apply(tr("Error"), QLatin1StringView("#FFF6F6"), QLatin1StringView("#FF6058"),
-              QLatin1StringView("icon_toasts_error"));
+    // The form's style sheet has the colours and the icon of each kind.
+    if (type == Warning) {
+        ui->widget_item->setProperty("kind", QStringLiteral("warning"));
+        ui->lb_title->setText(tr("Warning"));
+    } else if (type == Error) {
+        ui->widget_item->setProperty("kind", QStringLiteral("error"));
+        ui->lb_title->setText(tr("Error"));
+    }
 }
 
 void KvFilePathReminderForm::fitText()
