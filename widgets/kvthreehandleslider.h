@@ -17,7 +17,7 @@ class KvThreeHandleSlider : public QWidget
     Q_OBJECT
 
 public:
-    /// orientation: 1 is horizontal, anything else vertical. mode: bit 0 shows the playhead, bit 1 the side
+    /// axis: 1 is horizontal, anything else vertical. handles: bit 0 shows the playhead, bit 1 the side
     /// handles.
     KvThreeHandleSlider(QWidget* parent, int axis, int handles);
 
