@@ -6,7 +6,9 @@ namespace korvane::simulation {
 
 SensorStream::SensorStream(std::unique_ptr<Scene> watched, const SensorParameters& parameters,
                            std::uint64_t seed)
-    : generator(std::move(watched), parameters, seed), current(sanitized(parameters))
+    : generator(std::move(watched), parameters, seed),
+      settings(std::make_shared<Handover<SensorParameters>>(sanitized(parameters))),
+      current(settings->latest())
 {
 }
 
@@ -16,28 +18,10 @@ recording::Geometry SensorStream::geometry() const
             static_cast<std::uint16_t>(generator.scene().height())};
 }
 
-SensorParameters SensorStream::parameters() const
-{
-    const std::lock_guard lock(mutex);
-    return current;
-}
-
-void SensorStream::setParameters(const SensorParameters& parameters)
-{
-    const std::lock_guard lock(mutex);
-    current = sanitized(parameters);
-    changed = current;
-}
-
 StreamStep SensorStream::generateStep()
 {
-    std::optional<SensorParameters> next;
-    {
-        const std::lock_guard lock(mutex);
-        next.swap(changed);
-    }
-    if (next)
-        generator.setParameters(*next);
+    if (settings->take(current))
+        generator.setParameters(current);
     const auto events = generator.generateStep();
     return {events, {}, generator.time()};
 }

@@ -2,13 +2,12 @@
 
 #include "camera/simulation/eventgenerator.h"
 #include "camera/simulation/eventstream.h"
+#include "camera/simulation/handover.h"
 #include "camera/simulation/scene.h"
 #include "camera/simulation/sensorparameters.h"
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <optional>
 
 namespace korvane::simulation {
 
@@ -23,15 +22,16 @@ public:
     std::uint64_t nextTime() const override { return generator.time() + EventGenerator::stepUs; }
     StreamStep generateStep() override;
 
-    SensorParameters parameters() const;
+    SensorParameters parameters() const { return settings->latest(); }
     /// Takes effect as a whole with the next step.
-    void setParameters(const SensorParameters& parameters);
+    void setParameters(const SensorParameters& parameters) { settings->set(sanitized(parameters)); }
+    /// The way to set them that may outlive the stream; what goes through it is sanitized.
+    std::shared_ptr<Handover<SensorParameters>> parameterHandover() const { return settings; }
 
 private:
     EventGenerator generator;
-    mutable std::mutex mutex;
-    SensorParameters current; // guarded by mutex
-    std::optional<SensorParameters> changed; // guarded by mutex
+    const std::shared_ptr<Handover<SensorParameters>> settings;
+    SensorParameters current;
 };
 
 } // namespace korvane::simulation

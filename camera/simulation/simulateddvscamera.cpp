@@ -1,5 +1,8 @@
 #include "camera/simulation/simulateddvscamera.h"
 
+#include "camera/simulation/biases.h"
+
+#include <cstdint>
 #include <utility>
 
 namespace korvane::simulation {
@@ -7,6 +10,8 @@ namespace korvane::simulation {
 namespace {
 
 constexpr int cannotStream = 2;
+// Of the signal at the trigger input, microseconds.
+constexpr std::uint64_t triggerPeriod = 10000;
 
 } // namespace
 
@@ -26,6 +31,9 @@ SimulatedDvsCamera::SimulatedDvsCamera(const SimulatedCameraConfig& config,
     : StreamedDvsCamera(config.serial, std::move(watching)), sensor(static_cast<SensorStream&>(source())),
       startFails(config.failStart)
 {
+    streamTools().add(ToolType::Biases, makeBiasesTool(sensor.parameters(), sensor.parameterHandover()));
+    streamTools().addTriggerInput(triggerPeriod);
+    offerTools();
 }
 
 int SimulatedDvsCamera::start()

@@ -1,5 +1,6 @@
 #include "camera/simulation/simulatedfusioncamera.h"
 
+#include "camera/simulation/biases.h"
 #include "camera/simulation/eventgenerator.h"
 #include "camera/simulation/fusionscene.h"
 
@@ -83,6 +84,9 @@ SimulatedFusionCamera::SimulatedFusionCamera(const SimulatedCameraConfig& config
 {
     dvsDescription.serial = config.serial;
     dvsDescription.product = config.product;
+    tools.add(ToolType::Biases, makeBiasesTool(sensor.parameters(), sensor.parameterHandover()));
+    // The intensity sensor tells when a frame begins.
+    tools.addTriggerInput(framePeriod);
     for (const auto& [type, tool] : tools.all())
         addTool(type, tool);
 }

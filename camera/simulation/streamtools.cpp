@@ -9,9 +9,16 @@ StreamTools::StreamTools(recording::Geometry)
     // for what is delivered.
 }
 
+void StreamTools::addTriggerInput(std::uint64_t period)
+{
+    triggerInput.emplace(period);
+    add(ToolType::TriggerIn, triggerInput->tool());
+}
+
 StreamStep StreamTools::process(const StreamStep& step)
 {
-    return {chain.run(step.events), step.triggers, step.until};
+    const auto triggers = triggerInput ? triggerInput->edgesUntil(step.until) : step.triggers;
+    return {chain.run(step.events), triggers, step.until};
 }
 
 } // namespace korvane::simulation

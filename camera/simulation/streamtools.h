@@ -7,7 +7,9 @@
 #include "camera/simulation/filterchain.h"
 #include "camera/simulation/handover.h"
 #include "camera/simulation/parametertool.h"
+#include "camera/simulation/triggerinput.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -45,6 +47,9 @@ public:
                                             }));
     }
 
+    /// Gives the camera a trigger input with a signal of this period, in microseconds.
+    void addTriggerInput(std::uint64_t period);
+
     const std::map<ToolType, std::shared_ptr<CameraTool>>& all() const { return tools; }
     /// What the tools leave of a step and add to it; valid until the next call and as long as the step is.
     StreamStep process(const StreamStep& step);
@@ -52,6 +57,7 @@ public:
 private:
     std::map<ToolType, std::shared_ptr<CameraTool>> tools;
     FilterChain chain;
+    std::optional<TriggerInput> triggerInput;
 };
 
 } // namespace korvane::simulation

@@ -2,6 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US" sourcelanguage="en_US">
 <context>
+    <name>CameraTools</name>
+    <message>
+        <source>Contrast threshold of ON events. Higher: fewer ON events and less noise.</source>
+        <translation>Contrast threshold of ON events. Higher: fewer ON events and less noise.</translation>
+    </message>
+    <message>
+        <source>Contrast threshold of OFF events. Higher: fewer OFF events and less noise.</source>
+        <translation>Contrast threshold of OFF events. Higher: fewer OFF events and less noise.</translation>
+    </message>
+    <message>
+        <source>Bandwidth of the pixels. Higher: faster response; lower: less noise, flicker and fast detail.</source>
+        <translation>Bandwidth of the pixels. Higher: faster response; lower: less noise, flicker and fast detail.</translation>
+    </message>
+    <message>
+        <source>Suppresses slow changes and background activity. Higher: suppresses faster changes too; 0 is off.</source>
+        <translation>Suppresses slow changes and background activity. Higher: suppresses faster changes too; 0 is off.</translation>
+    </message>
+    <message>
+        <source>Dead time of a pixel after an event. Higher: longer, with fewer events per edge.</source>
+        <translation>Dead time of a pixel after an event. Higher: longer, with fewer events per edge.</translation>
+    </message>
+    <message>
+        <source>Records the edges of the signal at the trigger input.</source>
+        <translation>Records the edges of the signal at the trigger input.</translation>
+    </message>
+</context>
+<context>
     <name>CamerasList</name>
     <message>
         <source>Open a camera</source>

@@ -27,9 +27,18 @@ korvane_add_test(simulation_fusionkilled_test
     LINKS korvane_simulation korvane_recording
     LABELS release_only)
 
-# What the settings tools are made of, and what they do to a stream.
-korvane_add_test(simulation_tools_test THREADS
+# What the settings tools do to a stream.
+korvane_add_test(simulation_tools_test
     SOURCES
+        simulation_biases_test.cpp
+        simulation_testscenes.h
+        simulation_triggerinput_test.cpp
+    LINKS korvane_simulation)
+# What they are made of, and the cameras that have them.
+korvane_add_test(simulation_cameratools_test THREADS
+    SOURCES
+        simulation_cameratools_test.cpp
         simulation_filterchain_test.cpp
         simulation_parametertool_test.cpp
-    LINKS korvane_simulation)
+        simulation_testscenes.h
+    LINKS korvane_simulation korvane_streamsupport)

@@ -353,11 +353,6 @@ TEST(SimulatedDvsCamera, RecordsEveryEventOfAStretch)
     EXPECT_EQ(reader->getEventsAt(0, end + 1)->size(), counter->events);
 }
 
-TEST(SimulatedDvsCamera, HasNoToolsYet)
-{
-    EXPECT_EQ(WatchedCamera()->getTool(korvane::ToolType::Biases), nullptr);
-}
-
 /// A scene that takes time to render.
 class SlowScene : public FormulaScene
 {

@@ -1,0 +1,285 @@
+#include "camera/simulation/simulatedbackend.h"
+#include "camera/simulation/simulateddvscamera.h"
+#include "camera/simulation/simulatedfusioncamera.h"
+#include "tests/support/plainrecording.h"
+#include "tests/support/recordprinters.h"
+#include "tests/unit/simulation_testscenes.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <numbers>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace korvane;
+using namespace korvane::simulation;
+using namespace korvane::simulation::testing;
+
+constexpr std::chrono::seconds patience{20};
+
+/// Counts what a camera delivers and lets a test wait for it.
+class Meter : public EventSink
+{
+public:
+    void onEvents(const Event2D* begin, const Event2D* end) override
+    {
+        const std::lock_guard lock(mutex);
+        events += static_cast<std::size_t>(end - begin);
+        ++steps;
+        changed.notify_all();
+    }
+    /// Events a step of the next so many steps, from the one after the next on.
+    double rate(int more)
+    {
+        std::unique_lock lock(mutex);
+        const int start = steps + 2;
+        EXPECT_TRUE(changed.wait_for(lock, patience, [&] { return steps >= start; }));
+        const std::size_t before = events;
+        const int from = steps;
+        EXPECT_TRUE(changed.wait_for(lock, patience, [&] { return steps >= from + more; }));
+        return static_cast<double>(events - before) / (steps - from);
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::size_t events = 0; // guarded by mutex
+    int steps = 0; // guarded by mutex
+};
+
+std::unique_ptr<Scene> stripes()
+{
+    return std::make_unique<FormulaScene>(128, 64, 8, [](double column, double, double seconds) {
+        return std::sin(2.0 * std::numbers::pi * (column / 32.0 - 4.0 * seconds));
+    });
+}
+
+SimulatedCameraConfig testConfig()
+{
+    SimulatedCameraConfig config;
+    config.serial = "TST-000001";
+    config.product = "QRT4";
+    return config;
+}
+
+std::string everyEventPath(const TemporaryRecordings& folder)
+{
+    return folder.path("tools.raw");
+}
+
+} // namespace
+
+TEST(SimulatedCameraTools, BiasesChangeTheRateOfARunningCamera)
+{
+    SimulatedDvsCamera camera(testConfig(), stripes());
+    const auto meter = std::make_shared<Meter>();
+    camera.setEventSink(meter);
+    const auto tool = camera.getTool(ToolType::Biases);
+    ASSERT_NE(tool, nullptr);
+    ASSERT_EQ(camera.start(), 0);
+    const double before = meter->rate(8);
+    ASSERT_TRUE(tool->setIntParameter("bias_diff_on", 200));
+    ASSERT_TRUE(tool->setIntParameter("bias_diff_off", 200));
+    const double after = meter->rate(8);
+    EXPECT_GT(before, 1000.0);
+    EXPECT_LT(after, before * 0.6);
+    // What was set holds while the camera is open, also when its stream stops in between.
+    camera.stop();
+    ASSERT_EQ(camera.start(), 0);
+    EXPECT_LT(meter->rate(8), before * 0.6);
+    int kept = 0;
+    EXPECT_TRUE(camera.getTool(ToolType::Biases)->getIntParameter("bias_diff_on", kept));
+    EXPECT_EQ(kept, 200);
+    camera.stop();
+}
+
+TEST(SimulatedCameraTools, TriggerEdgesAreRecordedWhileTheInputIsOn)
+{
+    const TemporaryRecordings folder;
+    SimulatedDvsCamera camera(testConfig(), stripes());
+    const auto meter = std::make_shared<Meter>();
+    camera.setEventSink(meter);
+    const auto tool = camera.getTool(ToolType::TriggerIn);
+    ASSERT_NE(tool, nullptr);
+    ASSERT_TRUE(tool->setBoolParameter("enable", true));
+    camera.startRecording(everyEventPath(folder));
+    ASSERT_EQ(camera.start(), 0);
+    meter->rate(20);
+    camera.stop();
+    const std::uint64_t length = camera.sensorTime();
+    camera.stopRecording();
+
+    const auto reader = TemporaryRecordings::load(everyEventPath(folder));
+    ASSERT_NE(reader, nullptr);
+    const auto triggers = reader->getTriggersAt(0, ~std::uint64_t{0});
+    // 100 Hz, both edges.
+    EXPECT_NEAR(static_cast<double>(triggers->size()), static_cast<double>(length) / 5000.0, 3.0);
+    for (std::size_t i = 1; i < triggers->size(); ++i) {
+        EXPECT_EQ((*triggers)[i].timestamp - (*triggers)[i - 1].timestamp, 5000U);
+        EXPECT_NE((*triggers)[i].polarity, (*triggers)[i - 1].polarity);
+    }
+}
+
+TEST(SimulatedCameraTools, NoTriggerEdgesAreRecordedUntilTheInputIsOn)
+{
+    const TemporaryRecordings folder;
+    SimulatedDvsCamera camera(testConfig(), stripes());
+    const auto meter = std::make_shared<Meter>();
+    camera.setEventSink(meter);
+    camera.startRecording(everyEventPath(folder));
+    ASSERT_EQ(camera.start(), 0);
+    meter->rate(4);
+    camera.stop();
+    camera.stopRecording();
+    const auto reader = TemporaryRecordings::load(everyEventPath(folder));
+    ASSERT_NE(reader, nullptr);
+    EXPECT_TRUE(reader->getTriggersAt(0, ~std::uint64_t{0})->empty());
+    EXPECT_FALSE(reader->getEventsAt(0, ~std::uint64_t{0})->empty());
+}
+
+TEST(SimulatedCameraTools, AFusionCameraRecordsAnEdgeForEachFrame)
+{
+    const TemporaryRecordings folder;
+    const auto all = standardCameras();
+    const auto camera = SimulatedFusionCamera::make(all.back());
+    ASSERT_EQ(all.back().product, "Pellix");
+    const auto meter = std::make_shared<Meter>();
+    camera->setEventSink(meter);
+    ASSERT_TRUE(camera->getTool(ToolType::TriggerIn)->setBoolParameter("enable", true));
+    camera->startRecording(everyEventPath(folder), STREAM_DVS);
+    camera->start(STREAM_DVS);
+    meter->rate(10);
+    camera->stop(STREAM_DVS);
+    camera->stopRecording(STREAM_DVS);
+    const auto reader = TemporaryRecordings::load(everyEventPath(folder));
+    ASSERT_NE(reader, nullptr);
+    const auto triggers = reader->getTriggersAt(0, ~std::uint64_t{0});
+    ASSERT_GE(triggers->size(), 6U);
+    for (std::size_t i = 2; i < triggers->size(); ++i)
+        EXPECT_EQ((*triggers)[i].timestamp - (*triggers)[i - 2].timestamp,
+                  SimulatedFusionCamera::framePeriod);
+}
+
+TEST(SimulatedCameraTools, AToolOutlivesItsCamera)
+{
+    auto camera = std::make_unique<SimulatedDvsCamera>(testConfig(), stripes());
+    std::map<ToolType, std::shared_ptr<CameraTool>> kept;
+    for (const ToolType type : {ToolType::Biases, ToolType::TriggerIn})
+        kept[type] = camera->getTool(type);
+    camera.reset();
+    EXPECT_TRUE(kept[ToolType::Biases]->setIntParameter("bias_diff_on", 10));
+    EXPECT_TRUE(kept[ToolType::TriggerIn]->setBoolParameter("enable", true));
+}
+
+namespace {
+
+/// Every tool of every camera that is offered, under "<serial> <type>".
+std::map<std::string, std::shared_ptr<CameraTool>> offeredTools()
+{
+    SimulatedBackend backend;
+    std::map<std::string, std::shared_ptr<CameraTool>> tools;
+    const auto gather = [&tools](const std::string& serial, const auto& camera) {
+        for (int type = 0; type <= 7; ++type) {
+            if (const auto tool = camera->getTool(static_cast<ToolType>(type)))
+                tools[serial + ' ' + std::to_string(type)] = tool;
+        }
+    };
+    for (const CameraDescription& found : backend.cameraDescriptions()) {
+        if (found.product == "Pellix")
+            gather(found.serial, backend.openFusionCamera(found.serial));
+        else
+            gather(found.serial, backend.openCamera(found.serial));
+    }
+    return tools;
+}
+
+/// The kinds of parameter that the panel shows for a type of tool.
+std::set<int> shownKinds(int type)
+{
+    using Info = BasicParameterInfo;
+    switch (static_cast<ToolType>(type)) {
+    case ToolType::Biases:
+        return {Info::Integer};
+    case ToolType::TriggerIn:
+        return {Info::Boolean};
+    case ToolType::AntiFlicker:
+        return {Info::Integer, Info::Float, Info::Boolean, Info::Enumeration};
+    case ToolType::EventTrailFilter:
+        return {Info::Integer, Info::Boolean, Info::Enumeration};
+    case ToolType::EventRateControl:
+    case ToolType::Roi:
+    case ToolType::Aps:
+        return {Info::Integer, Info::Boolean};
+    }
+    return {};
+}
+
+bool isLowerCase(const std::string& name)
+{
+    return !name.empty()
+        && name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_") == std::string::npos;
+}
+
+} // namespace
+
+TEST(SimulatedCameraTools, AreOfferedByEveryCamera)
+{
+    const auto tools = offeredTools();
+    for (const char* serial : {"HAL-000001", "HAL-000002", "QRT-000001", "PEL-000001"}) {
+        for (const char* type : {" 0", " 1"})
+            EXPECT_TRUE(tools.contains(serial + std::string(type))) << serial << type;
+        EXPECT_FALSE(tools.contains(serial + std::string(" 2")));
+    }
+}
+
+TEST(SimulatedCameraTools, HaveParametersThatTheirPanelShowsAndThatStartWhereItShowsThem)
+{
+    for (const auto& [label, tool] : offeredTools()) {
+        const int type = label.back() - '0';
+        std::map<std::string, BasicParameterInfo> all;
+        tool->getAllParameterInfo(all);
+        EXPECT_FALSE(all.empty()) << label;
+        for (const auto& [name, parameter] : all) {
+            SCOPED_TRACE(label + ' ' + name);
+            EXPECT_EQ(parameter.name, name);
+            EXPECT_TRUE(isLowerCase(name));
+            EXPECT_TRUE(shownKinds(type).contains(parameter.kind));
+            EXPECT_GT(parameter.description.size(), 10U);
+            IntParameterInfo integer;
+            FloatParameterInfo real;
+            BoolParameterInfo boolean;
+            EnumParameterInfo choice;
+            if (tool->getIntParameterInfo(name, integer)) {
+                EXPECT_LE(integer.unit.size(), 6U);
+                EXPECT_LT(integer.minimum, integer.maximum);
+                EXPECT_GE(integer.value, integer.minimum);
+                EXPECT_LE(integer.value, integer.maximum);
+                if (type == 0) {
+                    EXPECT_EQ(integer.value, 0);
+                }
+            } else if (tool->getFloatParameterInfo(name, real)) {
+                EXPECT_LE(real.unit.size(), 6U);
+                EXPECT_LT(real.minimum, real.maximum);
+                // The panel shows whole numbers.
+                EXPECT_EQ(real.value, std::trunc(real.value));
+                EXPECT_GE(real.value, real.minimum);
+                EXPECT_LE(real.value, real.maximum);
+            } else if (tool->getBoolParameterInfo(name, boolean)) {
+                EXPECT_FALSE(boolean.value);
+            } else {
+                ASSERT_TRUE(tool->getEnumParameterInfo(name, choice));
+                EXPECT_GE(choice.options.size(), 2U);
+            }
+        }
+    }
+}
