@@ -5,6 +5,7 @@
 #include "app/languages.h"
 #include "app/startarguments.h"
 #include "camera/driver/backend.h"
+#include "camera/plugins/backendlibraries.h"
 #include "camera/recording/recordingbackend.h"
 #include "camera/simulation/replaybackend.h"
 #include "camera/simulation/simulatedbackend.h"
@@ -24,6 +25,9 @@ namespace {
 void registerBackends()
 {
     korvane::registerBackend(std::make_shared<korvane::recording::RecordingBackend>());
+    // Real cameras ahead of those without hardware.
+    for (auto& backend : korvane::plugins::loadBackendLibraries(qEnvironmentVariable("KORVANE_BACKENDS")))
+        korvane::registerBackend(std::move(backend));
     const auto simulated = std::make_shared<korvane::simulation::SimulatedBackend>();
     // Ahead of the simulated cameras: who names recordings wants to see them first.
     if (const QString replay = qEnvironmentVariable("KORVANE_REPLAY"); !replay.isEmpty()) {

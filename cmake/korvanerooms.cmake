@@ -4,7 +4,7 @@
 # KORVANE_ROOMS: the rooms, lowest first.
 # KORVANE_<room>_FOLDER: where it lives. KORVANE_<room>_MAY: the rooms and outside libraries it may use.
 set(KORVANE_ROOMS
-    driver kernels recording simulation frame config widgets display camera playback settings shell mainwindow)
+    driver kernels recording simulation plugins frame config widgets display camera playback settings shell mainwindow)
 
 macro(korvane_room room folder)
     set(KORVANE_${room}_FOLDER "${folder}")
@@ -15,6 +15,7 @@ korvane_room(driver     camera/driver)
 korvane_room(kernels    display/kernels    driver)
 korvane_room(recording  camera/recording   driver kernels QtCore FFmpeg)
 korvane_room(simulation camera/simulation  driver kernels recording QtCore)
+korvane_room(plugins    camera/plugins     driver QtCore)
 korvane_room(frame      mainwindow/frame   QtWidgets)
 korvane_room(config     app/config         QtCore)
 korvane_room(widgets    widgets            frame QtWidgets)

@@ -13,10 +13,11 @@
 class Program
 {
 public:
-    Program(const QString& replay, const QStringList& arguments)
+    Program(const QString& replay, const QStringList& arguments, const QString& backends = {})
     {
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("KORVANE_REPLAY"), replay);
+        environment.insert(QStringLiteral("KORVANE_BACKENDS"), backends);
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         process.setProcessEnvironment(environment);
         process.setProcessChannelMode(QProcess::MergedChannels);
