@@ -5,6 +5,9 @@ korvane_add_test(simulation_test
         simulation_stream_test.cpp
         simulation_testscenes.h
     LINKS korvane_simulation)
+korvane_add_test(simulation_filters_test
+    SOURCES simulation_filtering.h simulation_filters_test.cpp simulation_ratefilter_test.cpp
+    LINKS korvane_simulation)
 # Recordings as cameras, step by step and in the list.
 korvane_add_test(simulation_replay_test
     SOURCES simulation_replaybackend_test.cpp simulation_replaystream_test.cpp
