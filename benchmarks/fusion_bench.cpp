@@ -10,6 +10,7 @@
 #include "camera/simulation/sensorstream.h"
 #include "camera/simulation/simulatedfusioncamera.h"
 #include "display/kernels/apsalignment.h"
+#include "display/kernels/bgryuv.h"
 #include "display/kernels/fusionpainter.h"
 #include "playback/fusioncomposer.h"
 #include "playback/fusionplayloop.h"
@@ -152,6 +153,29 @@ void align_aps(benchmark::State& state)
             });
         const std::size_t read = rows * ApsAlignment::apsWidth * 3;
         figure::report(state, "ms", figure::Better::Lower, best, figure::secondsToCopy(read, read) * 1e3);
+    }
+}
+
+/// One intensity frame made a video's picture; the limit copies the frame.
+void convert_aps(benchmark::State& state)
+{
+    const Moment& seen = moment();
+    constexpr std::size_t pixels = std::size_t{ApsAlignment::apsWidth} * ApsAlignment::apsHeight;
+    std::vector<std::uint8_t> planes(pixels * 3 / 2);
+    const korvane::kernels::YuvPlanes picture{planes.data(), planes.data() + pixels,
+                                              planes.data() + pixels * 5 / 4, ApsAlignment::apsWidth,
+                                              ApsAlignment::apsWidth / 2};
+    for (auto _ : state) {
+        const double best = bestOf(
+            30, [&seen] { evict(seen.pixels); },
+            [&] {
+                korvane::kernels::bgrToYuv({seen.pixels.data(), std::size_t{ApsAlignment::apsWidth} * 3,
+                                            ApsAlignment::apsWidth, ApsAlignment::apsHeight},
+                                           picture);
+                benchmark::DoNotOptimize(planes.data());
+            });
+        figure::report(state, "ms", figure::Better::Lower, best,
+                       figure::secondsToCopy(frameBytes, frameBytes) * 1e3);
     }
 }
 
@@ -396,6 +420,7 @@ void fusion_live(benchmark::State& state)
 }
 
 BENCHMARK(align_aps)->Iterations(1)->Repetitions(3);
+BENCHMARK(convert_aps)->Iterations(1)->Repetitions(3);
 BENCHMARK(compose_fusion)->Iterations(1)->Repetitions(3);
 BENCHMARK(count_events)->Iterations(1)->Repetitions(3);
 BENCHMARK(fusion_ticks)->Iterations(1);

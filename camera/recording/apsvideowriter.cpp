@@ -1,10 +1,6 @@
 #include "camera/recording/apsvideowriter.h"
 
-#include "camera/recording/videohandles.h"
-
-extern "C" {
-#include <libswscale/swscale.h>
-}
+#include "display/kernels/bgryuv.h"
 
 #include <QDebug>
 
@@ -60,7 +56,6 @@ ApsVideoWriter::ApsVideoWriter(std::unique_ptr<QIODevice> target, const QString&
 ApsVideoWriter::~ApsVideoWriter()
 {
     end(0);
-    sws_freeContext(converter);
 }
 
 void ApsVideoWriter::begin(std::uint64_t firstEvent)
@@ -105,21 +100,14 @@ void ApsVideoWriter::push(const ApsFrame& frame)
     changed.notify_all();
 }
 
-bool ApsVideoWriter::convert(const ApsFrame& frame, VideoPicture& picture)
+bool ApsVideoWriter::convert(const ApsFrame& frame, VideoPicture& picture) const
 {
-    converter = sws_getCachedContext(converter, width, height, AV_PIX_FMT_BGR24, width, height,
-                                     AV_PIX_FMT_YUV420P, SWS_POINT, nullptr, nullptr, nullptr);
     const kernels::YuvPlanes planes = picture.draw();
-    if (!converter || !planes.luma)
+    if (!planes.luma)
         return false;
-    const int* const matrix = sws_getCoefficients(SWS_CS_ITU709);
-    sws_setColorspaceDetails(converter, matrix, 1, matrix, 0, 0, 1 << 16, 1 << 16);
-    const std::uint8_t* const source[] = {frame.pixels, nullptr, nullptr, nullptr};
-    const int sourceStrides[] = {(width * 3 + 3) / 4 * 4, 0, 0, 0};
-    std::uint8_t* const target[] = {planes.luma, planes.cb, planes.cr, nullptr};
-    const int strides[] = {static_cast<int>(planes.lumaStride), static_cast<int>(planes.chromaStride),
-                           static_cast<int>(planes.chromaStride), 0};
-    return sws_scale(converter, source, sourceStrides, 0, height, target, strides) == height;
+    const auto stride = static_cast<std::size_t>(width * 3 + 3) / 4 * 4;
+    kernels::bgrToYuv({frame.pixels, stride, width, height}, planes);
+    return true;
 }
 
 bool ApsVideoWriter::finish(std::uint64_t lastEvent)

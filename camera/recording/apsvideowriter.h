@@ -17,8 +17,6 @@
 #include <thread>
 #include <vector>
 
-struct SwsContext;
-
 namespace korvane::recording {
 
 /// Writes the intensity frames beside a recording as an `.mp4` in fragments, on a thread of its own: exactly
@@ -30,8 +28,9 @@ class ApsVideoWriter
 {
 public:
     static constexpr std::uint64_t slot = 33333; ///< microseconds
-    /// Pictures that wait for the encoder at most, of 12 MB each.
-    static constexpr std::size_t picturesAhead = 3;
+    /// Pictures that wait for the encoder at most, of 12 MB each: a quarter of a second in which others have
+    /// the processor costs nothing. Memory is taken as they are needed.
+    static constexpr std::size_t picturesAhead = 8;
 
     /// What became of the slots and frames.
     struct Counts
@@ -55,7 +54,8 @@ public:
     /// Sets the time of the recording's first event, microseconds on the clock of the frames. Frames before
     /// it, or before this is known, are left out. Any thread, once.
     void begin(std::uint64_t firstEvent);
-    /// Takes a frame, of the size of create(), in time order.
+    /// Takes a frame, of the size of create(), in time order. Its pixels become a video's here, since they
+    /// are the caller's: that costs no more than copying them.
     void push(const ApsFrame& frame);
     /// Fills the slots up to that of the recording's last event, completes the file and ends the thread.
     /// False when an error came between. After the last push.
@@ -78,7 +78,7 @@ private:
     ApsVideoWriter(std::unique_ptr<QIODevice> target, const QString& fileName);
 
     Picture takeSpare();
-    bool convert(const ApsFrame& frame, VideoPicture& picture);
+    bool convert(const ApsFrame& frame, VideoPicture& picture) const;
     void end(std::uint64_t lastSlot);
     void run();
     void store(Drawn drawn);
@@ -92,7 +92,6 @@ private:
     int height = 0;
 
     // The pushing thread's.
-    SwsContext* converter = nullptr;
     std::uint64_t pushedSlots = 0; ///< slots up to the one pushed last
 
     // The writing thread's.
