@@ -1,6 +1,7 @@
 #include "camera/driver/backendentry.h"
 #include "examples/movingbar/movingbarcamera.h"
 
+#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
@@ -52,5 +53,8 @@ KORVANE_BACKEND_ENTRY(movingbar::MovingBarBackend);
 /// Stands for a hand on the cable; backends of real cameras have none.
 KORVANE_EXPORTED void movingbar_plug(bool plugged)
 {
-    movingbar::theSocket()->plugged = plugged;
+    const auto socket = movingbar::theSocket();
+    if (!plugged)
+        ++socket->pulls;
+    socket->plugged = plugged;
 }

@@ -18,7 +18,7 @@ constexpr std::uint64_t stepTime = 1000; // microseconds
 } // namespace
 
 MovingBarCamera::MovingBarCamera(std::shared_ptr<Socket> itsSocket)
-    : socket(std::move(itsSocket)), recorder({width, height}, serialNumber)
+    : socket(std::move(itsSocket)), pullsAtOpening(socket->pulls), recorder({width, height}, serialNumber)
 {
     addTool(korvane::ToolType::Biases, biases);
 }
@@ -64,11 +64,8 @@ void MovingBarCamera::run(const std::stop_token& stopped)
     std::condition_variable_any wake;
     std::unique_lock lock(mutex);
     auto next = std::chrono::steady_clock::now();
-    while (!stopped.stop_requested() && !lost) {
-        if (!socket->plugged)
-            lost = true;
-        else
-            step();
+    while (!stopped.stop_requested() && isConnected()) {
+        step();
         next += std::chrono::microseconds(stepTime);
         // A stop ends the wait at once.
         wake.wait_until(lock, stopped, next, [] { return false; });

@@ -22,6 +22,7 @@ inline constexpr const char* serialNumber = "EX-000001";
 struct Socket
 {
     std::atomic<bool> plugged{true};
+    std::atomic<unsigned> pulls{0}; ///< how often it has been unplugged
     std::atomic<bool> open{false};
 };
 
@@ -34,7 +35,8 @@ public:
     explicit MovingBarCamera(std::shared_ptr<Socket> socket);
     ~MovingBarCamera() override;
 
-    bool isConnected() override { return !lost && socket->plugged; }
+    /// Once unplugged it stays lost, however soon the cable is back.
+    bool isConnected() override { return socket->plugged && socket->pulls == pullsAtOpening; }
     void releaseStream(int) override {}
     bool getNextEventBatch(std::vector<korvane::Event2D>& out) override;
     void setBatchTime(std::uint64_t microseconds) override { spans.setLength(microseconds); }
@@ -49,10 +51,10 @@ private:
     void step();
 
     const std::shared_ptr<Socket> socket;
+    const unsigned pullsAtOpening;
     const std::shared_ptr<BiasTool> biases = std::make_shared<BiasTool>();
     SpanBuffer spans;
     korvane::recording::Recorder recorder;
-    std::atomic<bool> lost{false}; ///< once pulled, for ever
     std::uint64_t now = 0; ///< microseconds; the device thread's while it runs. Goes on after a stop.
     std::vector<korvane::Event2D> events; ///< the device thread's
     std::jthread device; ///< last: it ends before anything it uses
