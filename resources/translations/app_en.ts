@@ -12,20 +12,20 @@
         <translation>Contrast threshold of OFF events. Higher: fewer OFF events and less noise.</translation>
     </message>
     <message>
-        <source>Bandwidth of the pixels. Higher: faster response; lower: less noise, flicker and fast detail.</source>
-        <translation>Bandwidth of the pixels. Higher: faster response; lower: less noise, flicker and fast detail.</translation>
-    </message>
-    <message>
-        <source>Suppresses slow changes and background activity. Higher: suppresses faster changes too; 0 is off.</source>
-        <translation>Suppresses slow changes and background activity. Higher: suppresses faster changes too; 0 is off.</translation>
-    </message>
-    <message>
-        <source>Dead time of a pixel after an event. Higher: longer, with fewer events per edge.</source>
-        <translation>Dead time of a pixel after an event. Higher: longer, with fewer events per edge.</translation>
-    </message>
-    <message>
         <source>Records the edges of the signal at the trigger input.</source>
         <translation>Records the edges of the signal at the trigger input.</translation>
+    </message>
+    <message>
+        <source>Bandwidth of the pixels. Higher: faster response. Lower: less noise.</source>
+        <translation>Bandwidth of the pixels. Higher: faster response. Lower: less noise.</translation>
+    </message>
+    <message>
+        <source>Suppresses slow changes and background activity. 0 is off.</source>
+        <translation>Suppresses slow changes and background activity. 0 is off.</translation>
+    </message>
+    <message>
+        <source>Dead time of a pixel after an event. Higher: fewer events per edge.</source>
+        <translation>Dead time of a pixel after an event. Higher: fewer events per edge.</translation>
     </message>
 </context>
 <context>

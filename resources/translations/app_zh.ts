@@ -12,20 +12,20 @@
         <translation>OFF 事件的对比度阈值。调高后 OFF 事件和噪声减少。</translation>
     </message>
     <message>
-        <source>Bandwidth of the pixels. Higher: faster response; lower: less noise, flicker and fast detail.</source>
-        <translation>像素低通带宽。调高后响应更快；调低后噪声和频闪减少，但快速细节也会丢失。</translation>
-    </message>
-    <message>
-        <source>Suppresses slow changes and background activity. Higher: suppresses faster changes too; 0 is off.</source>
-        <translation>像素高通截止频率，用于抑制缓慢变化和背景活动。调高后较快的变化也会被抑制；0 表示关闭。</translation>
-    </message>
-    <message>
-        <source>Dead time of a pixel after an event. Higher: longer, with fewer events per edge.</source>
-        <translation>像素产生事件后的不应期。调高后不应期变长，每条边缘产生的事件减少。</translation>
-    </message>
-    <message>
         <source>Records the edges of the signal at the trigger input.</source>
         <translation>记录触发输入信号的上升沿和下降沿。</translation>
+    </message>
+    <message>
+        <source>Bandwidth of the pixels. Higher: faster response. Lower: less noise.</source>
+        <translation>像素带宽。调高后响应更快，调低后噪声更少。</translation>
+    </message>
+    <message>
+        <source>Suppresses slow changes and background activity. 0 is off.</source>
+        <translation>抑制缓慢变化和背景活动，0 表示关闭。</translation>
+    </message>
+    <message>
+        <source>Dead time of a pixel after an event. Higher: fewer events per edge.</source>
+        <translation>像素产生事件后的不应期。调高后每条边缘的事件减少。</translation>
     </message>
 </context>
 <context>
