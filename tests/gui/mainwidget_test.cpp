@@ -25,8 +25,9 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 /// Puts the screen described in the build folder below the application, which reads the variable at its
-/// start.
-const bool screenChosen = qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" MAINWINDOW_SCREEN);
+/// start, unless another one was described.
+const bool screenChosen = qEnvironmentVariable("QT_QPA_PLATFORM").contains("configfile"_L1)
+    || qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" MAINWINDOW_SCREEN);
 
 constexpr const char* playbackButtons[] = {"pb_loop", "pb_next", "pb_prv", "pb_stop"};
 constexpr const char* iconButtons[]

@@ -5,7 +5,6 @@ file(CONFIGURE OUTPUT "${mainwindow_screen}" CONTENT [[
 { "screens": [ { "name": "beside the origin", "x": 200, "y": 100, "width": 1601, "height": 1001,
                  "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1 } ] }
 ]] @ONLY)
-
 if(TARGET korvane_mainwindow AND TARGET korvane_resources)
     korvane_add_test(mainwindow_test GUI
         SOURCES
@@ -29,4 +28,5 @@ if(TARGET korvane_mainwindow AND TARGET korvane_resources)
         TRANSLATIONS_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
         TRANSLATIONS_LIST="${CMAKE_BINARY_DIR}/resources/lupdate.lst"
         TRANSLATIONS_LUPDATE="$<TARGET_FILE:Qt6::lupdate>")
+    korvane_test_at_scale_2(mainwindow_test "*MainWindowTextsTest*")
 endif()

@@ -20,6 +20,8 @@ protected:
         ASSERT_TRUE(translator.load(u":/app_%1.qm"_s.arg(QLatin1StringView(GetParam()))));
         QCoreApplication::installTranslator(&translator);
         MainWindowTest::SetUp();
+        // Also run at 200 %.
+        ASSERT_EQ(window->devicePixelRatio(), qEnvironmentVariable("QT_SCALE_FACTOR", u"1"_s).toDouble());
         window->resize(window->minimumSize());
         // All that can stand there.
         emit window->toShowCameraSerial(u"HAL-000001"_s);
@@ -85,6 +87,7 @@ TEST_P(MainWindowTextsTest, NothingIsClippedMaximised)
 {
     window->showMaximized();
     QCoreApplication::processEvents();
+    EXPECT_GT(window->width(), window->minimumWidth());
     expectNothingClipped();
 }
 

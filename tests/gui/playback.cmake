@@ -25,6 +25,7 @@ korvane_add_test(rangedialogs_test GUI
 # QWindowKit leaves dragging to the platform, which the offscreen one does not do.
 target_compile_definitions(rangedialogs_test PRIVATE
     KORVANE_OWN_FRAME=$<NOT:$<TARGET_EXISTS:QWindowKit::Widgets>>)
+korvane_test_at_scale_2(rangedialogs_test "*NothingIsClipped*")
 korvane_add_test(rangesaver_test GUI
     SOURCES rangesaver_test.cpp dialogcard.h ../support/scriptedreader.cpp
     LINKS korvane_playback korvane_shell korvane_resources)

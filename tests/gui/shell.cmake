@@ -17,6 +17,7 @@ if(TARGET korvane_resources)
         SOURCES kvgeneralsetting_test.cpp dialogcard.h LINKS korvane_shell korvane_resources)
     target_compile_definitions(kvgeneralsetting_test PRIVATE
         KORVANE_OWN_FRAME=$<NOT:$<TARGET_EXISTS:QWindowKit::Widgets>>)
+    korvane_test_at_scale_2(kvgeneralsetting_test "*NothingIsClipped*")
     korvane_add_test(languageswitch_test GUI
         SOURCES languageswitch_test.cpp dialogcard.h LINKS korvane_shell korvane_resources)
 endif()
