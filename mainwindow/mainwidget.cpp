@@ -9,6 +9,7 @@
 #include "mainwindow/decorations.h"
 #include "mainwindow/menuactions.h"
 #include "mainwindow/sidebars.h"
+#include "mainwindow/windowground.h"
 #include "mainwindow/windowkeys.h"
 #include "mainwindow/windowmenus.h"
 #include "playback/dvsplayer.h"
@@ -37,6 +38,7 @@ MainWidget::MainWidget(QWidget* parent)
 {
     ui->setupUi(this);
     setUpFrame();
+    new WindowGround(this);
     new WindowKeys(this);
     fusionProcessor = std::make_unique<KvFusionCameraDataProcessor>();
     timeSlider = new KvThreeHandleSlider(nullptr, 1, 1);

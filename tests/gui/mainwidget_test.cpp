@@ -350,19 +350,62 @@ TEST_F(MainWidgetTest, CaptionAreasNeitherDragNorActByThemselves)
 }
 #endif
 
+TEST_F(MainWidgetTest, ItsCornersAreRoundAndSquareWhenItFillsTheScreen)
+{
+    const auto corners = [this] {
+        const QImage image = window->grab().toImage().convertToFormat(QImage::Format_ARGB32);
+        const int right = image.width() - 1;
+        const int bottom = image.height() - 1;
+        std::vector<QColor> colours;
+        for (const QPoint& corner :
+             {QPoint(0, 0), QPoint(right, 0), QPoint(0, bottom), QPoint(right, bottom)})
+            colours.push_back(image.pixelColor(corner));
+        return colours;
+    };
+    const std::vector<QColor> round(4, QColor(0, 0, 0, 0));
+    const std::vector<QColor> square(4, QColor(0xF2, 0xF2, 0xF2));
+    EXPECT_EQ(corners(), round);
+    click("pb_win_max");
+    EXPECT_EQ(corners(), square);
+    click("pb_win_max");
+    EXPECT_EQ(corners(), round);
+    // As the platform does it, too.
+    window->showMaximized();
+    EXPECT_EQ(corners(), square);
+    window->showFullScreen();
+    EXPECT_EQ(corners(), square);
+    window->showNormal();
+    EXPECT_EQ(corners(), round);
+}
+
 TEST_F(MainWidgetTest, TheTitleBarsCornersAreDrawnRoundOrSquareAsTheButtonSays)
 {
-    const auto corner = [this] {
-        return window->grab().toImage().convertToFormat(QImage::Format_ARGB32).pixelColor(0, 0).alpha();
+    // Filled for the test, the bar shows its own outline: neither sheet of the button's fills it.
+    const auto upperCorners = [this] {
+        QWidget& bar = find("widget_title_bar");
+        const QString sheet = bar.styleSheet();
+        bar.setStyleSheet(sheet + u"#widget_title_bar { background: #123456; }"_s);
+        QImage image(bar.size(), QImage::Format_ARGB32);
+        image.fill(Qt::transparent);
+        bar.render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+        bar.setStyleSheet(sheet);
+        std::vector<bool> filled;
+        for (const int x : {0, 1, bar.width() - 1, bar.width() - 2})
+            filled.push_back(image.pixelColor(x, 0) == QColor(0x12, 0x34, 0x56));
+        return filled;
     };
+    const std::vector<bool> round(4, false);
+    const std::vector<bool> square(4, true);
     const QImage normal = drawn("widget_title_bar");
-    EXPECT_EQ(corner(), 0);
+    EXPECT_EQ(upperCorners(), round);
     click("pb_win_max");
+    EXPECT_EQ(upperCorners(), square);
     // Neither sheet fills the bar: the window's ground shows.
     const QImage maximized = drawn("widget_title_bar");
     EXPECT_EQ(maximized.pixelColor(maximized.width() / 2, 39), QColor(0xAA, 0xAA, 0xAA));
     EXPECT_NE(maximized.pixelColor(maximized.width() / 2, 20), normal.pixelColor(normal.width() / 2, 20));
     click("pb_win_max");
+    EXPECT_EQ(upperCorners(), round);
     EXPECT_EQ(drawn("widget_title_bar").pixelColor(normal.width() / 2, 39), QColor(0xAA, 0xAA, 0xAA));
 }
 
