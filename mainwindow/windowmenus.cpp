@@ -2,6 +2,9 @@
 
 #include "widgets/cardcorners.h"
 
+#include <QCoreApplication>
+#include <QCursor>
+#include <QEvent>
 #include <QFont>
 #include <QFontMetrics>
 #include <QPushButton>
@@ -33,6 +36,25 @@ QMenu::indicator { width: 36px; height: 20px; subcontrol-origin: padding; subcon
 QMenu::indicator:checked { image: url(":/img/assets/btn_switch_enable.svg"); }
 QMenu::indicator:unchecked { image: url(":/img/assets/btn_switch_disable.svg"); }
 )");
+
+/// A menu takes the pointer away from its button without a word: closed somewhere else, it would leave the
+/// button looking as if the pointer were still on it.
+void endHover(QPushButton* button)
+{
+    if (!button->underMouse() || button->rect().contains(button->mapFromGlobal(QCursor::pos())))
+        return;
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(button, &leave);
+    button->update();
+}
+
+void attach(QMenu* menu, QPushButton* button)
+{
+    button->setMenu(menu);
+    // Queued: until it is closed, what is under the pointer is the menu's affair.
+    QObject::connect(
+        menu, &QMenu::aboutToHide, button, [button] { endHover(button); }, Qt::QueuedConnection);
+}
 
 } // namespace
 
@@ -85,10 +107,10 @@ void WindowMenus::buildTitleBarMenus(const Buttons& buttons)
     settingMenu->addAction(languageText);
     helpMenu->addAction(aboutText);
 
-    buttons.file->setMenu(fileMenu);
-    buttons.device->setMenu(deviceMenu);
-    buttons.setting->setMenu(settingMenu.get());
-    buttons.help->setMenu(helpMenu.get());
+    attach(fileMenu, buttons.file);
+    attach(deviceMenu, buttons.device);
+    attach(settingMenu.get(), buttons.setting);
+    attach(helpMenu.get(), buttons.help);
 }
 
 void WindowMenus::buildViewerSettingMenu()

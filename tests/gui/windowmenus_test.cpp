@@ -461,3 +461,23 @@ TEST_F(WindowMenusTest, ToggleStartEndPointShowsTheSideHandlesAndResetsTheRange)
 }
 
 #include "windowmenus_test.moc"
+
+TEST_F(WindowMenusTest, AMenuClosedElsewhereLeavesNoMarkOnItsButton)
+{
+    for (const char* const name : {"pb_menu_file", "pb_menu_device", "pb_menu_setting", "pb_menu_help"}) {
+        QPushButton& one = button(name);
+        const auto markedAfterClosingAt = [&](const QPoint& pointer) {
+            const PopupVisitor visitor([&](QMenu&) {
+                QCursor::setPos(pointer);
+                // On most platforms a menu that pops up does not tell the button that the pointer leaves.
+                one.setAttribute(Qt::WA_UnderMouse);
+            });
+            click(name);
+            EXPECT_TRUE(visitor.hasCome()) << name;
+            QCoreApplication::processEvents();
+            return one.underMouse();
+        };
+        EXPECT_FALSE(markedAfterClosingAt(one.mapToGlobal(QPoint(20, 60)))) << name;
+        EXPECT_TRUE(markedAfterClosingAt(one.mapToGlobal(one.rect().center()))) << name;
+    }
+}
