@@ -321,7 +321,7 @@ TEST_P(DvsCameraConformance, ItsToolsAnswerAndRefuse)
     for (const auto type : allTools) {
         SCOPED_TRACE("tool " + std::to_string(static_cast<int>(type)));
         if (const auto tool = camera->getTool(type))
-            checkTool(*tool);
+            checkTool(*tool, type);
     }
     camera->stop();
 }

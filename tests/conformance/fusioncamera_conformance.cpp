@@ -229,7 +229,7 @@ TEST_P(FusionCameraConformance, ItsToolsAnswerAndRefuse)
     for (const auto type : allTools) {
         SCOPED_TRACE("tool " + std::to_string(static_cast<int>(type)));
         if (const auto tool = camera->getTool(type))
-            checkTool(*tool);
+            checkTool(*tool, type);
     }
 }
 
