@@ -1,3 +1,4 @@
+#include "camera/simulation/sensorstream.h"
 #include "camera/simulation/simulatedbackend.h"
 #include "camera/simulation/simulateddvscamera.h"
 #include "camera/simulation/simulatedfusioncamera.h"
@@ -57,6 +58,18 @@ private:
     int steps = 0; // guarded by mutex
 };
 
+/// Keeps what a camera delivers.
+class Keeper : public Meter
+{
+public:
+    void onEvents(const Event2D* begin, const Event2D* end) override
+    {
+        all.insert(all.end(), begin, end);
+        Meter::onEvents(begin, end);
+    }
+    std::vector<Event2D> all; ///< the stream's thread's while it runs
+};
+
 std::unique_ptr<Scene> stripes()
 {
     return std::make_unique<FormulaScene>(128, 64, 8, [](double column, double, double seconds) {
@@ -101,6 +114,26 @@ TEST(SimulatedCameraTools, BiasesChangeTheRateOfARunningCamera)
     EXPECT_TRUE(camera.getTool(ToolType::Biases)->getIntParameter("bias_diff_on", kept));
     EXPECT_EQ(kept, 200);
     camera.stop();
+}
+
+TEST(SimulatedCameraTools, LeaveTheStreamAsTheSensorMakesItWhileAllAreOff)
+{
+    const SimulatedCameraConfig config = testConfig();
+    SimulatedDvsCamera camera(config, stripes());
+    const auto keeper = std::make_shared<Keeper>();
+    camera.setEventSink(keeper);
+    ASSERT_EQ(camera.start(), 0);
+    keeper->rate(10);
+    camera.stop();
+
+    SensorStream sensor(stripes(), config.sensor, config.seed);
+    std::vector<Event2D> made;
+    while (sensor.time() < camera.sensorTime()) {
+        const auto events = sensor.generateStep().events;
+        made.insert(made.end(), events.begin(), events.end());
+    }
+    ASSERT_FALSE(made.empty());
+    EXPECT_TRUE(keeper->all == made);
 }
 
 TEST(SimulatedCameraTools, TriggerEdgesAreRecordedWhileTheInputIsOn)
