@@ -12,6 +12,12 @@ constexpr std::size_t width = fusiongeometry::eventWidth;
 constexpr std::size_t height = fusiongeometry::eventHeight;
 constexpr std::size_t counters = width * height * 2;
 
+std::uint64_t endOfSlot(std::uint64_t time)
+{
+    constexpr std::uint64_t period = FrameCounts::period;
+    return (time + period - 1) / period * period;
+}
+
 void addTo(std::vector<std::uint16_t>& sums, const std::vector<std::uint16_t>& counts)
 {
     for (std::size_t i = 0; i < sums.size(); ++i)
@@ -35,7 +41,7 @@ std::shared_ptr<EventCountFrame> FrameCounts::emptyCounts()
 
 FrameCounts::Slot& FrameCounts::slotFor(std::uint64_t time)
 {
-    const std::uint64_t end = (time + period - 1) / period * period;
+    const std::uint64_t end = endOfSlot(time);
     if (open.empty() || open.back().end < end) {
         // While no frame comes the oldest slots become one: their events belong to the next frame together.
         if (open.size() >= framesKept) {
@@ -86,9 +92,10 @@ void FrameCounts::closeFrame(std::uint64_t time)
 
 bool FrameCounts::get(std::shared_ptr<EventCountFrame>& out, std::uint64_t time) const
 {
+    const std::uint64_t end = endOfSlot(time);
     const std::lock_guard lock(mutex);
     const auto found
-        = std::find_if(closed.begin(), closed.end(), [time](const Slot& slot) { return slot.end == time; });
+        = std::find_if(closed.begin(), closed.end(), [end](const Slot& slot) { return slot.end == end; });
     if (found == closed.end())
         return false;
     out = found->counts;

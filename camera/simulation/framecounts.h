@@ -28,7 +28,8 @@ public:
     /// A frame of this time, a multiple of `period`, is made of what was counted since the frame before. All
     /// events up to it have been counted.
     void closeFrame(std::uint64_t time);
-    /// False when there is no such frame any more.
+    /// The counts of the frame whose slot this time, its own, lies in. False when there is no such frame any
+    /// more.
     bool get(std::shared_ptr<EventCountFrame>& out, std::uint64_t time) const;
     /// Forgets everything: the stream begins anew.
     void clear();

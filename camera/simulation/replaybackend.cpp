@@ -1,8 +1,12 @@
 #include "camera/simulation/replaybackend.h"
 
+#include "camera/recording/apsvideoreader.h"
 #include "camera/recording/rawfilereader.h"
+#include "camera/recording/videomark.h"
+#include "camera/simulation/replayframes.h"
 #include "camera/simulation/replaystream.h"
 #include "camera/simulation/streameddvscamera.h"
+#include "camera/simulation/streamedfusioncamera.h"
 
 #include <QDateTime>
 #include <QDebug>
@@ -24,6 +28,7 @@ constexpr qint64 searchedSize = qint64{4} * 1024 * 1024; // bytes
 
 /// How a recording appears in the camera list: with nothing but events in it, as a DVS-only camera.
 constexpr const char* product = "Halvora";
+constexpr const char* fusionProduct = "Pellix";
 
 std::string local(const QString& text)
 {
@@ -37,6 +42,51 @@ std::unique_ptr<recording::RawFileReader> openRecording(const QString& path, con
     if (!reader)
         qWarning().noquote().nospace() << path << ": cannot be " << purpose << ": " << error;
     return reader;
+}
+
+/// The video with the intensity frames of a recording, ready to be read; nothing, with a log line, when it is
+/// none.
+std::unique_ptr<recording::ApsVideoReader> openFrames(const QString& path)
+{
+    QString error;
+    auto video = recording::ApsVideoReader::open(local(path), error);
+    if (!video)
+        qWarning().noquote().nospace() << path << ": cannot be replayed: " << error;
+    return video;
+}
+
+QString companionOf(const QString& path)
+{
+    const QFileInfo file(path);
+    return file.path() + QLatin1Char('/') + file.completeBaseName() + QStringLiteral(".mp4");
+}
+
+std::shared_ptr<StreamedDvsCamera> makeDvsCamera(const QString& path, const CameraDescription& description)
+{
+    auto reader = openRecording(path, "replayed");
+    if (!reader || !reader->loadFile())
+        return nullptr;
+    return std::make_shared<StreamedDvsCamera>(description.serial,
+                                               std::make_unique<ReplayStream>(std::move(reader), path));
+}
+
+std::shared_ptr<StreamedFusionCamera> makeFusionCamera(const QString& path,
+                                                       const CameraDescription& description)
+{
+    auto reader = openRecording(path, "replayed");
+    auto video = openFrames(companionOf(path));
+    if (!reader || !reader->loadFile() || !video || !video->loadFile())
+        return nullptr;
+    std::vector<std::uint64_t> times;
+    video->getFrameIndex(times);
+    if (times.empty())
+        return nullptr;
+    // Every round begins with a frame's slot: frames and events stay together.
+    constexpr std::uint64_t period = StreamedFusionCamera::framePeriod;
+    auto stream = std::make_unique<ReplayStream>(std::move(reader), path,
+                                                 ReplayStream::Round{times.back() + period, period});
+    auto frames = std::make_unique<ReplayFrames>(std::move(video), stream->roundTime(), stream->lead());
+    return StreamedFusionCamera::make(description, std::move(stream), std::move(frames));
 }
 
 QFileInfoList filesAt(const QString& root)
@@ -70,37 +120,63 @@ std::vector<CameraDescription> ReplayBackend::cameraDescriptions()
     std::vector<CameraDescription> found;
     for (const Slot& slot : sockets) {
         if (slot.offered && slot.socket.isPlugged())
-            found.push_back({slot.serial, product, name()});
+            found.push_back(describe(slot));
     }
     return found;
 }
 
-std::shared_ptr<DvsCamera> ReplayBackend::openCamera(const std::string& serial)
+CameraDescription ReplayBackend::describe(const Slot& slot) const
+{
+    return {slot.serial, slot.fusion ? fusionProduct : product, name()};
+}
+
+ReplayBackend::Slot* ReplayBackend::find(const std::string& serial, bool fusion)
+{
+    Slot* slot = slotOf(serial);
+    if (slot == nullptr) {
+        look();
+        slot = slotOf(serial);
+    }
+    return slot != nullptr && slot->fusion == fusion ? slot : nullptr;
+}
+
+template <typename Camera>
+std::shared_ptr<Camera> ReplayBackend::open(const std::string& serial, bool fusion,
+                                            std::shared_ptr<Camera> (*make)(const QString&,
+                                                                            const CameraDescription&))
 {
     Slot* slot = nullptr;
+    CameraDescription description;
     {
         const std::lock_guard lock(mutex);
-        slot = slotOf(serial);
-        if (slot == nullptr) {
-            look();
-            slot = slotOf(serial);
-        }
+        slot = find(serial, fusion);
+        if (slot == nullptr)
+            return nullptr;
+        description = describe(*slot);
     }
-    if (slot == nullptr)
-        return nullptr;
     try {
         // Loading scans the file, during which the list of cameras is to be had.
-        return slot->socket.open<StreamedDvsCamera>([slot]() -> std::shared_ptr<StreamedDvsCamera> {
-            auto reader = openRecording(slot->path, "replayed");
-            if (!reader || !reader->loadFile())
-                return nullptr;
-            return std::make_shared<StreamedDvsCamera>(
-                slot->serial, std::make_unique<ReplayStream>(std::move(reader), slot->path));
-        });
+        return slot->socket.open<Camera>(
+            [slot, make, &description] { return make(slot->path, description); });
     } catch (const std::exception& error) {
         qWarning().noquote().nospace() << slot->path << ": cannot be replayed: " << error.what();
         return nullptr;
     }
+}
+
+std::shared_ptr<DvsCamera> ReplayBackend::openCamera(const std::string& serial)
+{
+    return open<StreamedDvsCamera>(serial, false, &makeDvsCamera);
+}
+
+std::shared_ptr<FusionCamera> ReplayBackend::openFusionCamera(const std::string& serial)
+{
+    return open<StreamedFusionCamera>(serial, true, &makeFusionCamera);
+}
+
+ReplayBackend::Stamp ReplayBackend::stampOf(const QFileInfo& file)
+{
+    return {file.size(), file.lastModified().toMSecsSinceEpoch()};
 }
 
 void ReplayBackend::look()
@@ -110,8 +186,11 @@ void ReplayBackend::look()
     const QFileInfoList files = filesAt(root);
     for (const QFileInfo& file : files) {
         const QString path = file.absoluteFilePath();
-        if (isUsable(path, {file.size(), file.lastModified().toMSecsSinceEpoch()}))
-            slotFor(path).offered = true;
+        if (!isUsable(path, stampOf(file)))
+            continue;
+        Slot& slot = slotFor(path);
+        slot.offered = true;
+        slot.fusion = hasFrames(path);
     }
     if (files.isEmpty() && !std::exchange(lackTold, true))
         qWarning().noquote().nospace() << root << ": cannot be replayed: "
@@ -127,6 +206,30 @@ bool ReplayBackend::isUsable(const QString& path, const Stamp& stamp)
         return known->second.usable;
     const auto reader = openRecording(path, "replayed");
     const bool usable = reader && (stamp.size > searchedSize || reader->loadFile());
+    judgements[path] = {stamp, usable};
+    return usable;
+}
+
+/// Whether a recording has intensity frames beside it, judged and told like the recording itself. One that
+/// cannot be read makes it a camera of events alone.
+bool ReplayBackend::hasFrames(const QString& recordingPath)
+{
+    const QString path = companionOf(recordingPath);
+    const QFileInfo file(path);
+    if (!file.exists()) {
+        judgements.erase(path);
+        return false;
+    }
+    const Stamp stamp = stampOf(file);
+    const auto known = judgements.find(path);
+    if (known != judgements.end() && known->second.stamp == stamp)
+        return known->second.usable;
+    bool usable = false;
+    if (recording::isMarkedVideo(path))
+        qInfo().noquote().nospace() << path
+                                    << ": was exported from the recording beside it; it is not replayed";
+    else
+        usable = openFrames(path) != nullptr;
     judgements[path] = {stamp, usable};
     return usable;
 }

@@ -3,6 +3,7 @@
 #include "camera/driver/backend.h"
 #include "camera/simulation/camerasocket.h"
 
+#include <QFileInfo>
 #include <QString>
 
 #include <cstdint>
@@ -16,7 +17,8 @@
 namespace korvane::simulation {
 
 /// Offers recordings as cameras that see them over and over: who has no camera can try everything on real
-/// data. A recording keeps its serial as long as the backend lives. Any thread.
+/// data. One with intensity frames beside it, an .mp4 of the same name that is not an exported video, is a
+/// fusion camera. A recording keeps its serial as long as the backend lives. Any thread.
 class ReplayBackend : public Backend
 {
 public:
@@ -27,6 +29,7 @@ public:
     std::string name() const override { return "replay"; }
     std::vector<CameraDescription> cameraDescriptions() override;
     std::shared_ptr<DvsCamera> openCamera(const std::string& serial) override;
+    std::shared_ptr<FusionCamera> openFusionCamera(const std::string& serial) override;
 
     /// Unplugs and plugs in again, see CameraSocket.
     void pull(const std::string& serial);
@@ -51,11 +54,21 @@ private:
         QString path;
         std::string serial;
         bool offered = false;
+        bool fusion = false; ///< as it is offered
         CameraSocket socket;
     };
 
     void look();
     bool isUsable(const QString& path, const Stamp& stamp);
+    bool hasFrames(const QString& recordingPath);
+    static Stamp stampOf(const QFileInfo& file);
+    /// Empty when the recording is not offered as a camera of that kind.
+    Slot* find(const std::string& serial, bool fusion);
+    template <typename Camera>
+    std::shared_ptr<Camera> open(const std::string& serial, bool fusion,
+                                 std::shared_ptr<Camera> (*make)(const QString& path,
+                                                                 const CameraDescription& description));
+    CameraDescription describe(const Slot& slot) const;
     Slot& slotFor(const QString& path);
     Slot* slotOf(const std::string& serial);
     std::string newSerial(const QString& path);
@@ -64,7 +77,7 @@ private:
     std::mutex mutex;
     std::deque<Slot> sockets; // guarded by mutex, but for their sockets; none is ever removed
     std::set<std::string> serials; // guarded by mutex
-    std::map<QString, Judgement> judgements; // guarded by mutex, by path
+    std::map<QString, Judgement> judgements; // guarded by mutex, by path; of recordings and their frames
     bool lackTold = false; // guarded by mutex
 };
 

@@ -17,11 +17,18 @@ constexpr std::uint64_t farthestLook = 1000000; // microseconds
 
 } // namespace
 
-ReplayStream::ReplayStream(std::unique_ptr<recording::RawFileReader> recording, QString path)
+ReplayStream::ReplayStream(std::unique_ptr<recording::RawFileReader> recording, QString path, Round round)
     : reader(std::move(recording)), filePath(std::move(path))
 {
+    std::uint64_t firstEvent = 0;
     reader->getStartTimestamp(firstEvent);
     reader->getEndTimestamp(lastEvent);
+    first = firstEvent;
+    const std::uint64_t earliest = firstEvent - std::min(firstEvent, longestLead);
+    const auto before = reader->getTriggersAt(earliest, firstEvent - earliest);
+    if (before && !before->empty())
+        first = before->front().timestamp;
+    leadTime = firstEvent - first;
     std::uint64_t end = lastEvent;
     if (const auto last = reader->getTriggersAt(lastEvent, std::numeric_limits<std::uint64_t>::max())) {
         std::copy_if(last->begin(), last->end(), std::back_inserter(tail),
@@ -29,7 +36,8 @@ ReplayStream::ReplayStream(std::unique_ptr<recording::RawFileReader> recording, 
         if (!tail.empty())
             end = tail.back().timestamp;
     }
-    length = std::max(end - firstEvent + 1, stepUs);
+    length = std::max({end - first + 1, round.shortest, stepUs});
+    length = (length + round.multipleOf - 1) / round.multipleOf * round.multipleOf;
 }
 
 StreamStep ReplayStream::generateStep()
@@ -65,7 +73,7 @@ StreamStep ReplayStream::generateStep()
 /// before.
 bool ReplayStream::read(std::uint64_t from, std::uint64_t to)
 {
-    const std::uint64_t shift = roundStart - firstEvent; // may wrap, and then wraps back
+    const std::uint64_t shift = roundStart - first; // may wrap, and then wraps back
     const auto add = [this, shift](std::span<const Event2D> piece) {
         if (events.size() + piece.size() > mostEvents) {
             if (!std::exchange(overflowTold, true))
@@ -88,7 +96,7 @@ bool ReplayStream::read(std::uint64_t from, std::uint64_t to)
 
 void ReplayStream::addTriggers(std::uint64_t from, std::uint64_t to)
 {
-    const std::uint64_t shift = roundStart - firstEvent;
+    const std::uint64_t shift = roundStart - first;
     const auto add = [this, shift](EventTriggerIn trigger) {
         trigger.timestamp += shift;
         triggers.push_back(trigger);
@@ -111,9 +119,9 @@ std::vector<EventTriggerIn>::const_iterator ReplayStream::tailFrom(std::uint64_t
 /// Finds how long nothing comes.
 void ReplayStream::lookAhead(std::uint64_t from)
 {
-    const std::uint64_t shift = roundStart - firstEvent;
+    const std::uint64_t shift = roundStart - first;
     const std::uint64_t start = from - shift;
-    std::uint64_t quiet = std::min(start + farthestLook, firstEvent + length);
+    std::uint64_t quiet = std::min(start + farthestLook, first + length);
     ++readCount;
     if (start <= lastEvent) {
         reader->streamEvents(start, quiet - 1, [&quiet](std::span<const Event2D> piece) {

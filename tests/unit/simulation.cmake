@@ -12,6 +12,10 @@ korvane_add_test(simulation_filters_test
 korvane_add_test(simulation_replay_test
     SOURCES simulation_replaybackend_test.cpp simulation_replaystream_test.cpp
     LINKS korvane_simulation korvane_streamsupport)
+# Those with intensity frames beside them.
+korvane_add_test(simulation_replayfusion_test THREADS
+    SOURCES simulation_replayfusion_test.cpp
+    LINKS korvane_simulation korvane_recording korvane_streamsupport)
 # What all cameras without hardware do alike.
 korvane_add_test(simulation_conformance_test THREADS
     SOURCES simulation_conformance_test.cpp simulation_streamed_test.cpp

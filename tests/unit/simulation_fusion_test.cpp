@@ -263,7 +263,12 @@ TEST(FrameCounts, AnOlderFrameAskedOutOfOrderIsStillThereAndAnUnknownOneIsNot)
     ASSERT_TRUE(counts.get(frame, 15 * 33333));
     EXPECT_EQ(frame->counts[2 * (width + (width - 15)) + 1], 1);
     EXPECT_FALSE(counts.get(frame, 12 * 33333));
-    EXPECT_FALSE(counts.get(frame, 15 * 33333 + 1));
+    EXPECT_FALSE(counts.get(frame, 20 * 33333 + 1));
+    // A frame's own time may lie anywhere in its slot.
+    ASSERT_TRUE(counts.get(frame, 15 * 33333 + 1));
+    EXPECT_EQ(frame->counts[2 * (width + (width - 16)) + 1], 1);
+    ASSERT_TRUE(counts.get(frame, 16 * 33333 - 1));
+    EXPECT_EQ(frame->counts[2 * (width + (width - 16)) + 1], 1);
 }
 
 TEST(FrameCounts, TheEventsOfAFrameLeftOutBelongToTheNext)

@@ -133,12 +133,33 @@ TEST_F(ReplayStreamTest, ASingleEventComesOncePerStep)
 TEST_F(ReplayStreamTest, TriggersComeWithTheEventsAndLengthenTheRound)
 {
     const auto stream = replay({{50, true}, {100, false}, {3100, true}, {3100, false}, {40100, true}});
-    // What came before the first event has no time to be at.
-    EXPECT_EQ(stream->roundTime(), 40001U);
+    EXPECT_EQ(stream->roundTime(), 40051U) << "from the first trigger to the last one";
+    EXPECT_EQ(stream->lead(), 50U);
     const Taken taken = take(*stream, 96000);
-    EXPECT_EQ(taken.eventTimes(), (Times{0, 3000, 40001, 43001, 80002, 83002}));
-    EXPECT_EQ(taken.triggerTimes(), (Times{3000, 40000, 43001, 80001, 83002}));
+    EXPECT_EQ(taken.eventTimes(), (Times{50, 3050, 40101, 43101, 80152, 83152}));
+    EXPECT_EQ(taken.triggerTimes(), (Times{0, 3050, 40050, 40051, 43101, 80101, 80102, 83152}));
     EXPECT_EQ(taken.triggers[0].polarity, 0);
+}
+
+TEST_F(ReplayStreamTest, TriggersLongBeforeTheFirstEventAreLeftOut)
+{
+    const auto stream = replay({{5, true}, {100, true}, {1000005, true}, {1000100, false}, {1020100, false}});
+    EXPECT_EQ(stream->lead(), 1000000U);
+    const Taken taken = take(*stream, 1020000);
+    EXPECT_EQ(taken.triggerTimes(), (Times{0, 999905, 1020001}));
+    EXPECT_EQ(taken.eventTimes(), (Times{1000000, 1020000}));
+}
+
+TEST_F(ReplayStreamTest, ARoundCanBeMadeLongerAndAMultipleOfATime)
+{
+    writePlainRecording(folder, "round.raw", eventsAt({0, 50000}));
+    const auto open = [this](ReplayStream::Round round) {
+        return ReplayStream(TemporaryRecordings::load(folder.path("round.raw")), QString(), round);
+    };
+    EXPECT_EQ(open({0, 33333}).roundTime(), 66666U);
+    EXPECT_EQ(open({70000, 33333}).roundTime(), 99999U);
+    ReplayStream longer = open({70000, 1});
+    EXPECT_EQ(take(longer, 144000).eventTimes(), (Times{0, 50000, 70000, 120000, 140000}));
 }
 
 TEST_F(ReplayStreamTest, IdleStretchesArePassedOver)
@@ -163,7 +184,13 @@ TEST_F(ReplayStreamTest, EveryEventAndTriggerOfAnyRecordingComesOncePerRound)
             path = folder.write("random.raw", TemporaryRecordings::header(encoding), words);
             const auto wanted = reference::decode(encoding, words, geometry);
             ASSERT_FALSE(wanted.events.empty());
-            const std::uint64_t first = wanted.events.front().timestamp;
+            std::uint64_t first = wanted.events.front().timestamp;
+            const auto lead = std::find_if(wanted.triggers.begin(), wanted.triggers.end(),
+                                           [event = first](const EventTriggerIn& trigger) {
+                                               return trigger.timestamp + ReplayStream::longestLead >= event;
+                                           });
+            if (lead != wanted.triggers.end())
+                first = std::min(first, lead->timestamp);
             // Recordings of hours with a random event here and there: their first minutes do.
             constexpr std::uint64_t most = 120ULL * 1000000;
             const auto stream = open();
