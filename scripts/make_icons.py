@@ -27,6 +27,7 @@ IMAGES = ROOT / "resources" / "img"
 ASSETS = IMAGES / "assets"
 SOURCE = IMAGES / "source"
 PACKAGING = ROOT / "packaging"
+PACKAGE_ICON_SIZES = (16, 24, 32, 48, 64, 128, 256)
 
 ACCENT = "#004B6A"
 ACCENT_PRESSED = "#2C6580"
@@ -524,8 +525,13 @@ def main():
         for suffix, factor in (("", 1), ("@2x", 2)):
             subprocess.run(["rsvg-convert", "-w", str(width * factor), "-h", str(height * factor), "-o",
                             str(ASSETS / f"{stem}{suffix}.png"), str(source)], check=True)
-    PACKAGING.mkdir(exist_ok=True)
-    shutil.copyfile(SOURCE / "Korvane logo_navigate.svg", PACKAGING / "korvaneinsight.svg")
+    icons_of_package = PACKAGING / "icons"
+    icons_of_package.mkdir(parents=True, exist_ok=True)
+    scalable = PACKAGING / "korvaneinsight.svg"
+    shutil.copyfile(SOURCE / "Korvane logo_navigate.svg", scalable)
+    for size in PACKAGE_ICON_SIZES:
+        subprocess.run(["rsvg-convert", "-w", str(size), "-h", str(size), "-o",
+                        str(icons_of_package / f"korvaneinsight-{size}.png"), str(scalable)], check=True)
 
 
 if __name__ == "__main__":
