@@ -22,13 +22,13 @@ trap 'rm -rf "$figures"' EXIT
 for program in build/release/benchmarks/*_bench; do
     name=$(basename "$program")
     run=("$program" "--benchmark_filter=$filter" "--figures=$figures/$name")
-    if [ -z "${DISPLAY:-}" ] && [ "$name" = application_bench ]; then
+    if [ -z "${DISPLAY:-}" ] && { [ "$name" = application_bench ] || [ "$name" = start_bench ]; }; then
         run=(xvfb-run --auto-servernum --server-args="-screen 0 1440x960x24" "${run[@]}")
     fi
     "${run[@]}" 2>"$figures/$name.log" || { cat "$figures/$name.log" >&2; exit 1; }
 done
 if [ "$filter" = "." ]; then
-    for name in decode_evt3 decode_evt3_sparse decode_evt2 decode_evt21 encode_evt3 encode_evt3_sparse \
+    for name in startup idle_cpu decode_evt3 decode_evt3_sparse decode_evt2 decode_evt21 encode_evt3 encode_evt3_sparse \
         bytes_per_event cut cut_two_cores index_scan open_1gb seek_window_p99 add_events \
         take_frame export_speed play_rss live_cpu record_cpu next_click play_ticks tick_work_p99 \
         align_aps convert_aps compose_fusion count_events fusion_ticks fusion_tick_work_p99 fusion_live; do
