@@ -13,9 +13,14 @@ namespace korvane::simulation {
 /// What the intensity sensor of a fusion camera does with the light. A plain value.
 struct ApsParameters
 {
-    int exposureUs = 10000; ///< 10 to 33000 microseconds
-    int gainDb = 0; ///< 0 to 24
-    int blackLevel = 0; ///< 0 to 64, of 255: added to every value
+    static constexpr int shortestExposureUs = 10;
+    static constexpr int longestExposureUs = 33000; ///< about the time from a frame to the next
+    static constexpr int greatestGainDb = 24;
+    static constexpr int greatestBlackLevel = 64;
+
+    int exposureUs = 10000;
+    int gainDb = 0;
+    int blackLevel = 0; ///< of 255: added to every value
     bool flipped = false; ///< upside down
 
     friend bool operator==(const ApsParameters&, const ApsParameters&) = default;

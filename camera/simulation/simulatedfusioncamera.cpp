@@ -1,5 +1,6 @@
 #include "camera/simulation/simulatedfusioncamera.h"
 
+#include "camera/simulation/apstool.h"
 #include "camera/simulation/biases.h"
 #include "camera/simulation/fusionscene.h"
 
@@ -52,6 +53,7 @@ SimulatedFusionCamera::SimulatedFusionCamera(const SimulatedCameraConfig& config
     streamTools().add(ToolType::Biases, makeBiasesTool(sensor.parameters(), sensor.parameterHandover()));
     // The intensity sensor tells when a frame begins.
     streamTools().addTriggerInput(framePeriod);
+    streamTools().add(ToolType::Aps, makeApsTool(intensity));
     offerTools();
 }
 

@@ -27,6 +27,22 @@
         <source>Dead time of a pixel after an event. Higher: fewer events per edge.</source>
         <translation>Dead time of a pixel after an event. Higher: fewer events per edge.</translation>
     </message>
+    <message>
+        <source>How long each picture gathers light. Longer: brighter.</source>
+        <translation>How long each picture gathers light. Longer: brighter.</translation>
+    </message>
+    <message>
+        <source>Amplifies the picture. 6 dB act like twice the exposure.</source>
+        <translation>Amplifies the picture. 6 dB act like twice the exposure.</translation>
+    </message>
+    <message>
+        <source>Value of pixels without light, added to every pixel.</source>
+        <translation>Value of pixels without light, added to every pixel.</translation>
+    </message>
+    <message>
+        <source>Turns the picture upside down. Events are not turned.</source>
+        <translation>Turns the picture upside down. Events are not turned.</translation>
+    </message>
 </context>
 <context>
     <name>CamerasList</name>

@@ -27,6 +27,22 @@
         <source>Dead time of a pixel after an event. Higher: fewer events per edge.</source>
         <translation>像素产生事件后的不应期。调高后每条边缘的事件减少。</translation>
     </message>
+    <message>
+        <source>How long each picture gathers light. Longer: brighter.</source>
+        <translation>每帧图像的曝光时间。时间越长，图像越亮。</translation>
+    </message>
+    <message>
+        <source>Amplifies the picture. 6 dB act like twice the exposure.</source>
+        <translation>放大图像信号。增益 6 dB 的效果相当于曝光时间加倍。</translation>
+    </message>
+    <message>
+        <source>Value of pixels without light, added to every pixel.</source>
+        <translation>无光照时的像素值，会叠加到每个像素上。</translation>
+    </message>
+    <message>
+        <source>Turns the picture upside down. Events are not turned.</source>
+        <translation>上下翻转图像，事件不随之翻转。</translation>
+    </message>
 </context>
 <context>
     <name>CamerasList</name>
