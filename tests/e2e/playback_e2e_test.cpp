@@ -1,58 +1,18 @@
-#include "camera/driver/backend.h"
-#include "camera/recording/recordingbackend.h"
-#include "display/showimageform.h"
-#include "mainwindow/mainwidget.h"
-#include "tests/support/movingbar.h"
-#include "widgets/kvthreehandleslider.h"
+#include "tests/e2e/windowstory.h"
 
-#include <QApplication>
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFileDialog>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
-#include <QPushButton>
-#include <QTest>
 #include <QTimer>
-#include <gtest/gtest.h>
-
-#include <memory>
 
 namespace {
 
 constexpr QRgb onColour = qRgb(191, 188, 180);
 
-/// The window with the recordings' backend, driven as a person would: by what stands in it.
-class PlaybackStory : public testing::Test
+class PlaybackStory : public WindowStory
 {
 protected:
-    void SetUp() override
-    {
-        korvane::registerBackend(backend);
-        path = QDir::current().filePath(QStringLiteral("bar.raw"));
-        ASSERT_TRUE(writeMovingBar(path, 600));
-        window = std::make_unique<MainWidget>();
-        window->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-    }
-
-    void TearDown() override
-    {
-        window.reset();
-        korvane::unregisterBackend(backend);
-    }
-
-    QPushButton* button(const char* name) const
-    {
-        auto* const found = window->findChild<QPushButton*>(QString::fromLatin1(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-
-    QString timeText() const { return window->findChild<QLabel*>(QStringLiteral("label_time"))->text(); }
-    KvThreeHandleSlider* timeline() const { return window->findChild<KvThreeHandleSlider*>(); }
-    QImage picture() const { return window->findChild<ShowImageForm*>()->shownPixmap().toImage(); }
+    PlaybackStory() : WindowStory(600) {}
 
     int paintedPixels() const
     {
@@ -80,12 +40,6 @@ protected:
     {
         QTest::mouseClick(widget, Qt::LeftButton, Qt::NoModifier, at);
     }
-
-    static bool wait(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 10000); }
-
-    std::shared_ptr<korvane::Backend> backend = std::make_shared<korvane::recording::RecordingBackend>();
-    QString path;
-    std::unique_ptr<MainWidget> window;
 };
 
 } // namespace

@@ -19,15 +19,17 @@
 #include <functional>
 #include <memory>
 
-/// The window with the recordings' backend and a recording of 3 s, driven by what stands in it.
+/// The window with the recordings' backend and a recording, driven as a person would: by what stands in it.
 class WindowStory : public testing::Test
 {
 protected:
+    explicit WindowStory(unsigned lengthMs = 3000) : recordingMs(lengthMs) {}
+
     void SetUp() override
     {
         korvane::registerBackend(backend);
         path = QDir::current().filePath(QStringLiteral("bar.raw"));
-        ASSERT_TRUE(writeMovingBar(path, 3000));
+        ASSERT_TRUE(writeMovingBar(path, recordingMs));
         window = std::make_unique<MainWidget>();
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
@@ -58,6 +60,7 @@ protected:
     }
     QString timeText() const { return window->findChild<QLabel*>(QStringLiteral("label_time"))->text(); }
     KvThreeHandleSlider* timeline() const { return window->findChild<KvThreeHandleSlider*>(); }
+    QImage picture() const { return window->findChild<ShowImageForm*>()->shownPixmap().toImage(); }
     /// Drags along the timeline, between pixels.
     void drag(int from, int to) const
     {
@@ -70,6 +73,7 @@ protected:
     static bool wait(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 20000); }
 
     std::shared_ptr<korvane::Backend> backend = std::make_shared<korvane::recording::RecordingBackend>();
+    const unsigned recordingMs;
     QString path;
     std::unique_ptr<MainWidget> window;
 };

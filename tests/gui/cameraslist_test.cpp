@@ -2,6 +2,7 @@
 
 #include "camera/driver/cameradescription.h"
 
+#include <QCursor>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -243,6 +244,18 @@ TEST_F(CamerasListTest, TheSearchButtonDoesNothing)
         EXPECT_FALSE(list()->item(i)->isHidden());
     EXPECT_EQ(selected(), 0U);
     EXPECT_TRUE(dialog->isVisible());
+}
+
+TEST_F(CamerasListTest, TheSearchButtonLightsUpUnderTheMouse)
+{
+    open({"A"});
+    QPushButton* const search = button("pb_searc_camera");
+    QCursor::setPos(dialog->mapToGlobal(QPoint(5, 5)));
+    ASSERT_TRUE(QTest::qWaitFor([search] { return !search->underMouse(); }));
+    const QImage rest = search->grab().toImage();
+    QCursor::setPos(search->mapToGlobal(search->rect().center()));
+    ASSERT_TRUE(QTest::qWaitFor([search] { return search->underMouse(); }));
+    EXPECT_NE(search->grab().toImage(), rest);
 }
 
 TEST_F(CamerasListTest, ShowsItsTexts)
