@@ -1,0 +1,119 @@
+#include "tests/e2e/fusionstory.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+/// What the process holds.
+struct Holdings
+{
+    int megabytes = 0; ///< resident
+    int threads = 0;
+    int handles = 0; ///< open files, sockets and the like
+};
+
+Holdings holdings()
+{
+    malloc_trim(0);
+    Holdings held;
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (status.open(QIODevice::ReadOnly)) {
+        const QList<QByteArray> lines = status.readAll().split('\n');
+        for (const QByteArray& line : lines) {
+            if (line.startsWith("VmRSS:"))
+                held.megabytes = line.mid(6).simplified().split(' ')[0].toInt() / 1024;
+            else if (line.startsWith("Threads:"))
+                held.threads = line.mid(8).trimmed().toInt();
+        }
+    }
+    held.handles = static_cast<int>(QDir(QStringLiteral("/proc/self/fd"))
+                                        .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+                                        .size());
+    return held;
+}
+
+/// A day of work, round after round: nothing is to be left over from one.
+class FusionSoak : public FusionStory
+{
+protected:
+    void playAndStop()
+    {
+        click("pb_play");
+        ASSERT_TRUE(wait([this] { return showsFrame() && showsEvents(); }));
+        click("pb_play");
+        ASSERT_FALSE(button("pb_play")->isChecked());
+    }
+    /// Ends with an open recording that does not play.
+    void round()
+    {
+        QDir folder(Config::getInstance(QStringLiteral("config.ini"))->output_raw_file_path);
+        folder.removeRecursively();
+
+        openFromTheList(fusionRow());
+        ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && showsEvents() && showsFrame(); }));
+        for (int view = 0; view < 3; ++view)
+            click("pb_viewer_type");
+        click("pb_play");
+        playAndStop();
+        click("pb_play");
+        click("pb_record");
+        ASSERT_TRUE(wait([this] { return text("lb_recoding_time") == QStringLiteral("00:01"); }));
+        click("pb_record");
+        ASSERT_FALSE(button("pb_record")->isChecked());
+        // Another camera, and back, while the first one runs.
+        openFromTheList(0);
+        ASSERT_TRUE(wait([this] {
+            return text("label_show_camera_info") != QStringLiteral("PEL-000001") && eventPixels() > 1000;
+        }));
+        openFromTheList(fusionRow());
+        ASSERT_TRUE(wait([this] {
+            return text("label_show_camera_info") == QStringLiteral("PEL-000001") && showsFrame();
+        }));
+
+        const QStringList raws = folder.entryList({QStringLiteral("*.raw")});
+        ASSERT_EQ(raws.size(), 1);
+        window->openRecording(folder.filePath(raws[0]));
+        ASSERT_TRUE(
+            wait([this] { return button("pb_play")->isChecked() && timeline()->centerValue() > 100000; }));
+        ASSERT_TRUE(wait([this] { return !button("pb_play")->isChecked(); })) << "to its end";
+        playAndStop();
+    }
+};
+
+} // namespace
+
+// KORVANE_SOAK_SECONDS makes it go on for longer than the few rounds that show a leak.
+TEST_F(FusionSoak, OpenedPlayedRecordedAndSwitchedOverAndOverItHoldsNoMoreThanBefore)
+{
+    bool given = false;
+    const int wanted = qEnvironmentVariableIntValue("KORVANE_SOAK_SECONDS", &given);
+    const int seconds = given ? wanted : 10;
+    constexpr int warmUp = 2;
+    constexpr int allowedMegabytes = 64; // two frames and a bit
+    QElapsedTimer timer;
+    timer.start();
+    Holdings settled;
+    for (int number = 1; number <= warmUp + 1 || timer.elapsed() < seconds * 1000; ++number) {
+        ASSERT_NO_FATAL_FAILURE(round()) << "round " << number;
+        const Holdings now = holdings();
+        std::printf("%4lld s  round %3d  %4d MB  %2d threads  %2d handles\n",
+                    static_cast<long long>(timer.elapsed() / 1000), number, now.megabytes, now.threads,
+                    now.handles);
+        std::fflush(stdout);
+        if (number <= warmUp) {
+            settled.megabytes = std::max(settled.megabytes, now.megabytes);
+            settled.threads = std::max(settled.threads, now.threads);
+            settled.handles = std::max(settled.handles, now.handles);
+            continue;
+        }
+        ASSERT_LE(now.threads, settled.threads) << "round " << number;
+        ASSERT_LE(now.handles, settled.handles) << "round " << number;
+        ASSERT_LE(now.megabytes, settled.megabytes + allowedMegabytes) << "round " << number;
+    }
+}
