@@ -1,6 +1,5 @@
 #include "camera/simulation/flickerfilter.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace korvane::simulation {
@@ -46,7 +45,7 @@ std::uint32_t mostTicks(float hertz)
 
 FlickerFilter::FlickerFilter(int width, int height)
     : places{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)},
-      clock(patience * mostTicks(lowestFrequency), 32 - riseShift, tickShift), pixels(places.count())
+      clock(patience * mostTicks(lowestFrequency), 32 - riseShift, tickShift)
 {
     configure(settings);
 }
@@ -54,7 +53,7 @@ FlickerFilter::FlickerFilter(int width, int height)
 void FlickerFilter::configure(const Settings& next)
 {
     if (next.enabled && !settings.enabled)
-        std::fill(pixels.begin(), pixels.end(), 0U);
+        pixels.assign(places.count(), 0U);
     settings = next;
     shortest = fewestTicks(settings.highFrequency);
     longest = mostTicks(settings.lowFrequency);

@@ -36,7 +36,7 @@ public:
     /// `width` and `height` of the sensor in pixels.
     FlickerFilter(int width, int height);
 
-    /// A filter that is switched on has seen nothing yet.
+    /// Before any other use. A filter that is switched on has seen nothing yet.
     void configure(const Settings& next);
     /// Moves the events that pass to the front, in their order, and returns how many they are.
     std::size_t filter(Event2D* events, std::size_t count);

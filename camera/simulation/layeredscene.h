@@ -26,6 +26,7 @@ protected:
     virtual void moveLayers(double before, double after) = 0;
     /// Sets how fast the scene's time flows; 1 at first.
     void setSpeed(double speed) { flow = speed; }
+    double speed() const { return flow; }
     /// How often in a second of the scene's time the light on any pixel moves on by `threshold` (logUnits):
     /// the events of a perfect sensor. Watches every few rows at some moments within `period` seconds.
     double crossingsPerSecond(int threshold, double period);

@@ -26,7 +26,8 @@ void describe(const ToolParameter& parameter, BasicParameterInfo& out)
 
 } // namespace
 
-ParameterTool::ParameterTool(std::vector<ToolParameter> table, Apply hook) : apply(std::move(hook))
+ParameterTool::ParameterTool(std::vector<ToolParameter> table, Apply hook, Refused becomes)
+    : apply(std::move(hook)), refused(becomes)
 {
     for (ToolParameter& parameter : table) {
         auto& value = values.values[parameter.name];
@@ -71,6 +72,23 @@ bool ParameterTool::set(const std::string& name, const Value& value)
     if (apply && !apply(wanted))
         return false;
     values = std::move(wanted);
+    return true;
+}
+
+template <typename Value>
+bool ParameterTool::setNumber(const std::string& name, const Value& value)
+{
+    if (refused == Refused::Forgotten)
+        return set(name, value);
+    const std::lock_guard lock(mutex);
+    waiting[name] = value;
+    ToolValues wanted = values;
+    for (const auto& [other, number] : waiting)
+        wanted.values.at(other) = number;
+    if (apply && !apply(wanted))
+        return false;
+    values = std::move(wanted);
+    waiting.clear();
     return true;
 }
 
@@ -156,13 +174,14 @@ bool ParameterTool::setFloatParameter(std::string name, const float& value)
 {
     const auto* const real = find<ToolParameter::Real>(name, nullptr);
     // What is not a number lies in no range.
-    return real != nullptr && value >= real->minimum && value <= real->maximum && set(name, value);
+    return real != nullptr && value >= real->minimum && value <= real->maximum && setNumber(name, value);
 }
 
 bool ParameterTool::setIntParameter(std::string name, const int& value)
 {
     const auto* const integer = find<ToolParameter::Integer>(name, nullptr);
-    return integer != nullptr && value >= integer->minimum && value <= integer->maximum && set(name, value);
+    return integer != nullptr && value >= integer->minimum && value <= integer->maximum
+        && setNumber(name, value);
 }
 
 } // namespace korvane::simulation

@@ -57,7 +57,8 @@ public:
 
 private:
     friend class ParameterTool;
-    std::map<std::string, std::variant<int, float, bool, std::string>> values;
+    using Value = std::variant<int, float, bool, std::string>;
+    std::map<std::string, Value> values;
 };
 
 /// A settings tool over a table of parameters. It keeps what was set and refuses what it does not know, what
@@ -69,8 +70,17 @@ public:
     /// the thread that sets, one call at a time. A tool may outlive its camera: what the hook uses, it owns.
     using Apply = std::function<bool(const ToolValues& wanted)>;
 
+    /// What becomes of a number within its range that the hook refuses.
+    enum class Refused {
+        Forgotten, ///< nothing
+        /// It waits, since it may be the other numbers that do not go with it: the next number that is set is
+        /// tried together with those that wait, and they are accepted or refused as one. So numbers that
+        /// limit each other can be entered in any order, and true says that all that was entered holds.
+        Waiting,
+    };
+
     /// The defaults are in force without a call of `apply`.
-    ParameterTool(std::vector<ToolParameter> table, Apply apply);
+    ParameterTool(std::vector<ToolParameter> table, Apply apply, Refused refused = Refused::Forgotten);
 
     /// Texts are UTF-8, descriptions in the language of the application.
     void getAllParameterInfo(std::map<std::string, BasicParameterInfo>& out) override;
@@ -93,11 +103,15 @@ private:
     Value current(const std::string& name) const;
     template <typename Value>
     bool set(const std::string& name, const Value& value);
+    template <typename Value>
+    bool setNumber(const std::string& name, const Value& value);
 
     std::map<std::string, ToolParameter> parameters;
     const Apply apply;
+    const Refused refused;
     mutable std::mutex mutex;
     ToolValues values; // guarded by mutex
+    std::map<std::string, ToolValues::Value> waiting; // guarded by mutex
 };
 
 } // namespace korvane::simulation

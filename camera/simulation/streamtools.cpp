@@ -1,12 +1,17 @@
 #include "camera/simulation/streamtools.h"
 
+#include "camera/simulation/filtertools.h"
+
 namespace korvane::simulation {
 
-StreamTools::StreamTools(recording::Geometry)
+StreamTools::StreamTools(recording::Geometry geometry)
 {
-    // Events pass the filters in the order in which they are added here: region of interest, event trail
-    // filter, anti-flicker, event rate control, so that each has less to do and the last one holds its limit
-    // for what is delivered.
+    // Events pass the filters in the order in which they are added here, so that each has less to do and the
+    // last one holds its limit for what is delivered.
+    addRegionOfInterest(*this, geometry);
+    addEventTrailFilter(*this, geometry);
+    addAntiFlicker(*this, geometry);
+    addEventRateControl(*this);
 }
 
 void StreamTools::addTriggerInput(std::uint64_t period)

@@ -33,18 +33,21 @@ public:
     /// nothing to refuse them; it may outlive the camera.
     template <typename Filter>
     void addFilter(ToolType type, Filter filter, std::vector<ToolParameter> table,
-                   std::function<std::optional<typename Filter::Settings>(const ToolValues& values)> read)
+                   std::function<std::optional<typename Filter::Settings>(const ToolValues& values)> read,
+                   ParameterTool::Refused refused = ParameterTool::Refused::Forgotten)
     {
         auto handover = std::make_shared<Handover<typename Filter::Settings>>();
         chain.add(std::make_unique<SettableStage<Filter>>(std::move(filter), handover));
         add(type,
-            std::make_shared<ParameterTool>(std::move(table),
-                                            [handover, read = std::move(read)](const ToolValues& wanted) {
-                                                const auto settings = read(wanted);
-                                                if (settings)
-                                                    handover->set(*settings);
-                                                return settings.has_value();
-                                            }));
+            std::make_shared<ParameterTool>(
+                std::move(table),
+                [handover, read = std::move(read)](const ToolValues& wanted) {
+                    const auto settings = read(wanted);
+                    if (settings)
+                        handover->set(*settings);
+                    return settings.has_value();
+                },
+                refused));
     }
 
     /// Gives the camera a trigger input with a signal of this period, in microseconds.

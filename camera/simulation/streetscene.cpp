@@ -15,6 +15,11 @@ namespace {
 
 // Of the viewer, in pixels at the foot of the houses and seconds of scene time.
 constexpr double viewerSpeed = 72.0;
+// Clear of the segments' borders, before sky, roofs and leaves.
+constexpr Point lampPlace{160.0, 72.0};
+constexpr double lampRadius = 15.0;
+// Measured.
+constexpr double lampEventsPerSecond = 0.13e6;
 // The skyline is about four times as far as the houses.
 constexpr double farScale = 0.25;
 
@@ -33,15 +38,18 @@ std::shared_ptr<PictureLayer> layerOf(const Canvas& canvas, int phases = 1)
 /// what passes; the sensor's noise comes on top.
 double speedFor(double eventsPerSecond, double crossingsPerSecond)
 {
-    const double millions = std::clamp(eventsPerSecond, 0.2e6, 60e6) * 1e-6;
+    const double millions = (std::clamp(eventsPerSecond, 0.4e6, 60e6) - lampEventsPerSecond) * 1e-6;
     return (millions - 0.1) / (0.93 * crossingsPerSecond * 1e-6 - 0.05 * millions);
 }
 
 } // namespace
 
-StreetScene::StreetScene(std::uint64_t seed, double eventsPerSecond) : LayeredScene(imageWidth, imageHeight)
+StreetScene::StreetScene(std::uint64_t seed, double eventsPerSecond)
+    : LayeredScene(imageWidth, imageHeight),
+      lamp(std::make_shared<LampLayer>(lampPlace, lampRadius, imageWidth))
 {
     Random random(seed);
+    addBehind(lamp);
     addCar({300, 0.62F, 0.05F, false, false}, 648, 128, random.uniform(0, 1500));
     addCar({200, 0.10F, 0.35F, false, true}, 556, -46, random.uniform(0, 1500));
     addCar({250, 0.72F, 0.06F, true, true}, 560, -70, random.uniform(0, 1500));
@@ -56,6 +64,7 @@ StreetScene::StreetScene(std::uint64_t seed, double eventsPerSecond) : LayeredSc
     addBehind(skyline);
     const int threshold = static_cast<int>(SensorParameters().onThreshold * logUnits);
     setSpeed(speedFor(eventsPerSecond, crossingsPerSecond(threshold, houseTurn / viewerSpeed)));
+    lit = true;
 }
 
 /// `roadSpeed` in pixels at the foot of the houses per second, to the right.
@@ -81,6 +90,9 @@ void StreetScene::addCar(const CarLook& look, double standRow, double roadSpeed,
 
 void StreetScene::moveLayers(double before, double after)
 {
+    // The mains keep their frequency however fast the street passes.
+    if (lit)
+        lamp->glow(before / speed(), after / speed());
     const auto backdrop = [before, after](double scale, double row) {
         PictureLayer::Motion motion;
         motion.scrollBefore = before * viewerSpeed * scale;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "camera/simulation/lamplayer.h"
 #include "camera/simulation/layeredscene.h"
 #include "camera/simulation/streetpictures.h"
 
@@ -10,13 +11,13 @@
 namespace korvane::simulation {
 
 /// A street seen out of a car's side window: far skyline, houses, trees, pavement and road pass by at the
-/// speeds that their distances give, the image sways a little, and other cars drive along. One thread at a
-/// time.
+/// speeds that their distances give, the image sways a little, and other cars drive along. The window mirrors
+/// a lamp that flickers at 100 Hz and stays where it is. One thread at a time.
 class StreetScene : public LayeredScene
 {
 public:
     /// The same `seed` gives the same street. Things move at such a speed that standard sensor parameters
-    /// give about `eventsPerSecond`, 200 thousand to 60 million.
+    /// give about `eventsPerSecond`, 400 thousand to 60 million.
     StreetScene(std::uint64_t seed, double eventsPerSecond);
 
 protected:
@@ -38,6 +39,8 @@ private:
     void addCar(const street::CarLook& look, double standRow, double roadSpeed, double startColumn);
     void moveCar(const Car& car, double before, double after);
 
+    std::shared_ptr<LampLayer> lamp;
+    bool lit = false;
     std::vector<Car> cars;
     std::shared_ptr<PictureLayer> trees;
     std::shared_ptr<PictureLayer> ground;

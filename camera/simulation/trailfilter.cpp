@@ -1,7 +1,5 @@
 #include "camera/simulation/trailfilter.h"
 
-#include <algorithm>
-
 namespace korvane::simulation {
 
 namespace {
@@ -15,14 +13,14 @@ constexpr std::uint32_t marks = (1U << timeShift) - 1;
 
 TrailFilter::TrailFilter(int width, int height)
     : places{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)},
-      clock(longestThreshold, 32 - timeShift), last(places.count())
+      clock(longestThreshold, 32 - timeShift)
 {
 }
 
 void TrailFilter::configure(const Settings& next)
 {
     if (next.enabled && !settings.enabled)
-        std::fill(last.begin(), last.end(), 0U);
+        last.assign(places.count(), 0U);
     settings = next;
 }
 

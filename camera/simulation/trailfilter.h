@@ -27,12 +27,12 @@ public:
         Mode mode = Mode::Trail;
         std::uint32_t threshold = 10'000; ///< microseconds, at most longestThreshold
     };
-    static constexpr std::uint32_t longestThreshold = 1'000'000;
+    static constexpr std::uint32_t longestThreshold = 100'000;
 
     /// `width` and `height` of the sensor in pixels.
     TrailFilter(int width, int height);
 
-    /// A filter that is switched on has seen nothing yet.
+    /// Before any other use. A filter that is switched on has seen nothing yet.
     void configure(const Settings& next);
     /// Moves the events that pass to the front, in their order, and returns how many they are.
     std::size_t filter(Event2D* events, std::size_t count);

@@ -43,6 +43,66 @@
         <source>Turns the picture upside down. Events are not turned.</source>
         <translation>Turns the picture upside down. Events are not turned.</translation>
     </message>
+    <message>
+        <source>Delivers only the events of a window of the sensor.</source>
+        <translation>Delivers only the events of a window of the sensor.</translation>
+    </message>
+    <message>
+        <source>Delivers the events outside the window instead.</source>
+        <translation>Delivers the events outside the window instead.</translation>
+    </message>
+    <message>
+        <source>First column of the window, which must lie on the sensor.</source>
+        <translation>First column of the window, which must lie on the sensor.</translation>
+    </message>
+    <message>
+        <source>First row of the window, which must lie on the sensor.</source>
+        <translation>First row of the window, which must lie on the sensor.</translation>
+    </message>
+    <message>
+        <source>Width of the window, which must lie on the sensor.</source>
+        <translation>Width of the window, which must lie on the sensor.</translation>
+    </message>
+    <message>
+        <source>Height of the window, which must lie on the sensor.</source>
+        <translation>Height of the window, which must lie on the sensor.</translation>
+    </message>
+    <message>
+        <source>Thins out the bursts of equal events that edges cause at each pixel.</source>
+        <translation>Thins out the bursts of equal events that edges cause at each pixel.</translation>
+    </message>
+    <message>
+        <source>What is kept of a burst: its first event, all but the first, or only the second.</source>
+        <translation>What is kept of a burst: its first event, all but the first, or only the second.</translation>
+    </message>
+    <message>
+        <source>Longest time between two events of a burst.</source>
+        <translation>Longest time between two events of a burst.</translation>
+    </message>
+    <message>
+        <source>Removes the events of flickering lights and keeps motion.</source>
+        <translation>Removes the events of flickering lights and keeps motion.</translation>
+    </message>
+    <message>
+        <source>Band-stop removes what flickers in the band, band-pass all the rest.</source>
+        <translation>Band-stop removes what flickers in the band, band-pass all the rest.</translation>
+    </message>
+    <message>
+        <source>Lower end of the band. Lamps flicker at twice the mains frequency.</source>
+        <translation>Lower end of the band. Lamps flicker at twice the mains frequency.</translation>
+    </message>
+    <message>
+        <source>Upper end of the band, not below its lower end.</source>
+        <translation>Upper end of the band, not below its lower end.</translation>
+    </message>
+    <message>
+        <source>Holds the event rate at its limit by dropping events evenly.</source>
+        <translation>Holds the event rate at its limit by dropping events evenly.</translation>
+    </message>
+    <message>
+        <source>The most events delivered, in thousands per second.</source>
+        <translation>The most events delivered, in thousands per second.</translation>
+    </message>
 </context>
 <context>
     <name>CamerasList</name>

@@ -43,6 +43,66 @@
         <source>Turns the picture upside down. Events are not turned.</source>
         <translation>上下翻转图像，事件不随之翻转。</translation>
     </message>
+    <message>
+        <source>Delivers only the events of a window of the sensor.</source>
+        <translation>仅输出传感器窗口内的事件。</translation>
+    </message>
+    <message>
+        <source>Delivers the events outside the window instead.</source>
+        <translation>反选：改为输出窗口外的事件。</translation>
+    </message>
+    <message>
+        <source>First column of the window, which must lie on the sensor.</source>
+        <translation>窗口起始列。窗口不得超出传感器范围。</translation>
+    </message>
+    <message>
+        <source>First row of the window, which must lie on the sensor.</source>
+        <translation>窗口起始行。窗口不得超出传感器范围。</translation>
+    </message>
+    <message>
+        <source>Width of the window, which must lie on the sensor.</source>
+        <translation>窗口宽度。窗口不得超出传感器范围。</translation>
+    </message>
+    <message>
+        <source>Height of the window, which must lie on the sensor.</source>
+        <translation>窗口高度。窗口不得超出传感器范围。</translation>
+    </message>
+    <message>
+        <source>Thins out the bursts of equal events that edges cause at each pixel.</source>
+        <translation>精简边缘经过时各像素连续触发的同极性事件，消除拖尾。</translation>
+    </message>
+    <message>
+        <source>What is kept of a burst: its first event, all but the first, or only the second.</source>
+        <translation>连续事件的保留方式：仅首个、去掉首个、仅第二个。</translation>
+    </message>
+    <message>
+        <source>Longest time between two events of a burst.</source>
+        <translation>同一串连续事件中相邻两个事件的最大间隔。</translation>
+    </message>
+    <message>
+        <source>Removes the events of flickering lights and keeps motion.</source>
+        <translation>滤除光源频闪产生的事件，保留运动产生的事件。</translation>
+    </message>
+    <message>
+        <source>Band-stop removes what flickers in the band, band-pass all the rest.</source>
+        <translation>Band-stop（带阻）滤除频带内的频闪；Band-pass（带通）仅保留频带内的频闪。</translation>
+    </message>
+    <message>
+        <source>Lower end of the band. Lamps flicker at twice the mains frequency.</source>
+        <translation>频带下限。灯光的频闪频率为市电频率的两倍。</translation>
+    </message>
+    <message>
+        <source>Upper end of the band, not below its lower end.</source>
+        <translation>频带上限，不得低于下限。</translation>
+    </message>
+    <message>
+        <source>Holds the event rate at its limit by dropping events evenly.</source>
+        <translation>事件率超限时均匀丢弃事件，使其保持在上限以内。</translation>
+    </message>
+    <message>
+        <source>The most events delivered, in thousands per second.</source>
+        <translation>输出事件率的上限，单位为千事件/秒。</translation>
+    </message>
 </context>
 <context>
     <name>CamerasList</name>

@@ -38,9 +38,10 @@ korvane_add_test(simulation_fusionkilled_test
 korvane_add_test(simulation_tools_test
     SOURCES
         simulation_biases_test.cpp
+        simulation_filtertools_test.cpp
         simulation_testscenes.h
         simulation_triggerinput_test.cpp
-    LINKS korvane_simulation)
+    LINKS korvane_simulation korvane_streamsupport)
 # What they are made of, and the cameras that have them.
 korvane_add_test(simulation_cameratools_test THREADS
     SOURCES

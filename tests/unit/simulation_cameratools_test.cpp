@@ -207,11 +207,37 @@ TEST(SimulatedCameraTools, AToolOutlivesItsCamera)
 {
     auto camera = std::make_unique<SimulatedDvsCamera>(testConfig(), stripes());
     std::map<ToolType, std::shared_ptr<CameraTool>> kept;
-    for (const ToolType type : {ToolType::Biases, ToolType::TriggerIn})
+    for (const ToolType type : {ToolType::Biases, ToolType::TriggerIn, ToolType::AntiFlicker,
+                                ToolType::EventTrailFilter, ToolType::EventRateControl, ToolType::Roi})
         kept[type] = camera->getTool(type);
     camera.reset();
     EXPECT_TRUE(kept[ToolType::Biases]->setIntParameter("bias_diff_on", 10));
-    EXPECT_TRUE(kept[ToolType::TriggerIn]->setBoolParameter("enable", true));
+    for (const ToolType type : {ToolType::TriggerIn, ToolType::AntiFlicker, ToolType::EventTrailFilter,
+                                ToolType::EventRateControl, ToolType::Roi})
+        EXPECT_TRUE(kept[type]->setBoolParameter("enable", true));
+}
+
+TEST(SimulatedCameraTools, FiltersActOnARunningCameraAndKeepTheirSettingsWhileItIsOpen)
+{
+    SimulatedDvsCamera camera(testConfig(), stripes());
+    const auto meter = std::make_shared<Meter>();
+    camera.setEventSink(meter);
+    ASSERT_EQ(camera.start(), 0);
+    const double before = meter->rate(12);
+    EXPECT_GT(before, 1000.0);
+    const auto roi = camera.getTool(ToolType::Roi);
+    ASSERT_TRUE(roi->setIntParameter("width", 32));
+    ASSERT_TRUE(roi->setBoolParameter("enable", true));
+    EXPECT_NEAR(meter->rate(12), before / 4, before / 12);
+    camera.stop();
+    ASSERT_EQ(camera.start(), 0);
+    EXPECT_NEAR(meter->rate(12), before / 4, before / 12);
+    int kept = 0;
+    EXPECT_TRUE(camera.getTool(ToolType::Roi)->getIntParameter("width", kept));
+    EXPECT_EQ(kept, 32);
+    ASSERT_TRUE(roi->setBoolParameter("enable", false));
+    EXPECT_NEAR(meter->rate(12), before, before / 4);
+    camera.stop();
 }
 
 namespace {
@@ -269,7 +295,7 @@ TEST(SimulatedCameraTools, AreOfferedByEveryCamera)
 {
     const auto tools = offeredTools();
     for (const char* serial : {"HAL-000001", "HAL-000002", "QRT-000001", "PEL-000001"}) {
-        for (const char* type : {" 0", " 1"})
+        for (const char* type : {" 0", " 1", " 3", " 4", " 5", " 6"})
             EXPECT_TRUE(tools.contains(serial + std::string(type))) << serial << type;
         EXPECT_FALSE(tools.contains(serial + std::string(" 2")));
     }

@@ -18,8 +18,6 @@ using namespace korvane::simulation;
 using namespace korvane::simulation::testing;
 using korvane::Event2D;
 
-constexpr std::uint64_t windowUs = 10'000;
-
 /// Events by chance at a rate that may change, on 640 x 480 pixels.
 std::vector<Event2D> randomEvents(double seconds, const std::function<double(double)>& rateAt,
                                   std::uint64_t start = 0)
@@ -42,27 +40,6 @@ RateFilter holdingAt(std::uint32_t limit)
     RateFilter filter;
     filter.configure({true, limit});
     return filter;
-}
-
-/// The fewest and the most events in any window of 10 ms, events per second.
-std::pair<double, double> ratesOf(const std::vector<Event2D>& events, std::uint64_t start, std::uint64_t end)
-{
-    // Counts per 10 us, of which a window has a thousand.
-    constexpr std::uint64_t bin = 10;
-    std::vector<std::size_t> before((end - start) / bin + 1);
-    for (const Event2D& event : events)
-        ++before[(event.timestamp - start) / bin + 1];
-    for (std::size_t i = 1; i < before.size(); ++i)
-        before[i] += before[i - 1];
-    std::size_t fewest = events.size();
-    std::size_t most = 0;
-    for (std::size_t i = 0; i + windowUs / bin < before.size(); ++i) {
-        const std::size_t count = before[i + windowUs / bin] - before[i];
-        fewest = std::min(fewest, count);
-        most = std::max(most, count);
-    }
-    constexpr double perSecond = 1e6 / windowUs;
-    return {static_cast<double>(fewest) * perSecond, static_cast<double>(most) * perSecond};
 }
 
 TEST(RateFilter, HoldsAnyWindowOfTenMillisecondsWithinFivePercentOfItsLimit)
@@ -162,6 +139,29 @@ TEST(RateFilter, ANewLimitHoldsFromThenOnAndSwitchedOnAgainItBeginsAnew)
     for (Event2D& event : events)
         event.timestamp -= 100'000;
     EXPECT_NEAR(static_cast<double>(filtered(filter, events).size()), 40'000, 2'000);
+}
+
+TEST(RateFilter, CountsWhatItDropsSecondBySecond)
+{
+    std::vector<RateFilter::Count> counts;
+    RateFilter filter([&counts](const RateFilter::Count& count) { counts.push_back(count); });
+    filter.configure({true, 100'000});
+    // Nothing is dropped in the second and third second, and the fourth is not over.
+    const auto rate = [](double now) { return now < 1.0 || now > 3.0 ? 300e3 : 10e3; };
+    const auto events = randomEvents(3.5, rate);
+    const auto left = filtered(filter, events);
+    const auto in = [](const std::vector<Event2D>& all, std::uint64_t from, std::uint64_t to) {
+        return static_cast<std::uint64_t>(std::count_if(all.begin(), all.end(), [=](const Event2D& event) {
+            return event.timestamp >= from && event.timestamp < to;
+        }));
+    };
+    ASSERT_EQ(counts.size(), 1U);
+    EXPECT_EQ(counts[0].passed, in(left, 0, 1'000'000));
+    EXPECT_EQ(counts[0].passed + counts[0].dropped, in(events, 0, 1'000'000));
+    EXPECT_NEAR(static_cast<double>(counts[0].dropped), 200e3, 6e3);
+    filter.configure({false, 100'000});
+    ASSERT_EQ(counts.size(), 2U);
+    EXPECT_EQ(counts[1].passed + counts[1].dropped, in(events, 3'000'000, 4'000'000));
 }
 
 TEST(RateFilter, TheEndOfTimeIsReached)
