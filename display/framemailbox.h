@@ -26,6 +26,13 @@ public:
         return std::exchange(newest, QImage());
     }
 
+    /// Throws the picture away; a receiver that was told will find none.
+    void drop()
+    {
+        const std::lock_guard guard(lock);
+        newest = QImage();
+    }
+
 private:
     std::mutex lock;
     QImage newest;

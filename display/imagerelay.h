@@ -16,7 +16,7 @@ public:
     /// Takes a picture over. Any thread.
     void put(const QImage& image);
     /// Drops the picture that is under way. Any thread.
-    void clear() { mailbox.take(); }
+    void clear() { mailbox.drop(); }
 
 signals:
     /// Emitted on this object's thread.

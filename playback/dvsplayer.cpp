@@ -105,10 +105,10 @@ void DvsPlayer::previousClicked()
         const std::lock_guard lock(position.readerMutex);
         if (!position.fileReader->seekTime(time))
             return;
+        seek(time);
+        showPosition(time);
         batch = position.fileReader->getNextEvents(timing.accumulationTime);
     }
-    seek(time);
-    showPosition(time);
     showBatch(batch);
 }
 
@@ -122,9 +122,10 @@ void DvsPlayer::stopClicked()
     {
         const std::lock_guard lock(position.readerMutex);
         position.fileReader->seekTime(start);
+        timeline.setCenterValue(scale.toTimeline(start));
+        seek(start);
+        showText(start);
     }
-    seek(start);
-    showPosition(start);
     emit triggerEventsToShow();
 }
 
@@ -157,10 +158,11 @@ void DvsPlayer::onSliderTimeTrackClick(int value)
     }
     showText(time);
     seek(time);
-    const auto batch = position.fileReader->getNextEvents(timing.accumulationTime);
-    if (!batch)
-        return;
-    frames.addEvents(batch->data(), batch->data() + batch->size());
+    // A play loop that has just come to its end may take the read position back to its start.
+    const auto batch = state.filePlaying ? position.fileReader->getEventsAt(time, timing.accumulationTime)
+                                         : position.fileReader->getNextEvents(timing.accumulationTime);
+    if (batch)
+        frames.addEvents(batch->data(), batch->data() + batch->size());
     if (!state.filePlaying)
         emit triggerEventsToShow();
 }
@@ -201,8 +203,10 @@ void DvsPlayer::postPosition(std::uint64_t time, std::uint64_t atSeek)
     QMetaObject::invokeMethod(
         this,
         [this, time, atSeek] {
-            if (position.seeks == atSeek)
-                showPosition(time);
+            if (position.seeks != atSeek)
+                return;
+            showText(time);
+            timeline.setCenterValue(scale.toTimeline(time));
         },
         Qt::QueuedConnection);
 }
@@ -222,7 +226,7 @@ void DvsPlayer::seek(std::uint64_t time)
 {
     position.seek(time);
     // A picture of the play loop that is still under way would cover the one of the new place.
-    mailbox.take();
+    mailbox.drop();
 }
 
 void DvsPlayer::showText(std::uint64_t time)
@@ -238,8 +242,7 @@ void DvsPlayer::showPosition(std::uint64_t time)
 
 void DvsPlayer::showBatch(const korvane::DvsFileReader::Events& batch)
 {
-    if (!batch)
-        return;
-    frames.addEvents(batch->data(), batch->data() + batch->size());
+    if (batch)
+        frames.addEvents(batch->data(), batch->data() + batch->size());
     emit triggerEventsToShow();
 }

@@ -54,23 +54,21 @@ DvsPlayLoop::Tick DvsPlayLoop::tick(std::uint64_t session)
 
     korvane::DvsFileReader::Events batch;
     std::uint64_t reached = current;
-    {
-        const std::lock_guard lock(position.readerMutex);
-        if (signedCurrent + frameStep <= end) {
-            batch = position.fileReader->getEventsAt(current, timing.accumulationTime);
-            reached = current + static_cast<std::uint64_t>(frameStep);
-        } else if (signedCurrent <= end) {
-            batch = position.fileReader->getEventsAt(current,
-                                                     static_cast<std::uint64_t>(end - signedCurrent + 1));
-            reached = static_cast<std::uint64_t>(end);
-        }
-        // A seek since the position was read wins: what this tick has is of no interest any more.
-        if (position.seeks != seek || !position.fileCurTs.compare_exchange_strong(current, reached))
-            return Tick::Goes;
-        if (batch)
-            view.addEvents(batch->data(), batch->data() + batch->size());
+    // For the whole tick: steps and stops find the reader, and the picture made of it, at rest.
+    const std::lock_guard lock(position.readerMutex);
+    if (signedCurrent + frameStep <= end) {
+        batch = position.fileReader->getEventsAt(current, timing.accumulationTime);
+        reached = current + static_cast<std::uint64_t>(frameStep);
+    } else if (signedCurrent <= end) {
+        batch
+            = position.fileReader->getEventsAt(current, static_cast<std::uint64_t>(end - signedCurrent + 1));
+        reached = static_cast<std::uint64_t>(end);
     }
+    // A seek since the position was read wins: what this tick has is of no interest any more.
+    if (position.seeks != seek || !position.fileCurTs.compare_exchange_strong(current, reached))
+        return Tick::Goes;
     if (batch) {
+        view.addEvents(batch->data(), batch->data() + batch->size());
         view.postPosition(reached, seek);
         view.postPicture();
         if (static_cast<std::int64_t>(reached) < end)
@@ -83,12 +81,10 @@ DvsPlayLoop::Tick DvsPlayLoop::endOfRange(std::uint64_t session, std::uint64_t r
 {
     const std::uint64_t start = view.rangeStart();
     const bool looping = view.isLooping();
-    {
-        const std::lock_guard lock(position.readerMutex);
-        if (position.seeks != seek || !position.fileCurTs.compare_exchange_strong(reached, start))
-            return Tick::Goes;
-        position.fileReader->seekTime(start);
-    }
+    // First the position: where a seek came in between, nothing else happens.
+    if (position.seeks != seek || !position.fileCurTs.compare_exchange_strong(reached, start))
+        return Tick::Goes;
+    position.fileReader->seekTime(start);
     view.postPosition(start, seek);
     if (looping)
         return Tick::Goes;

@@ -45,10 +45,11 @@ public:
     virtual Events getEventsAt(std::uint64_t start, std::uint64_t duration) = 0;
     /// The trigger edges with start <= time < start + duration; the same rule on empty.
     virtual Triggers getTriggersAt(std::uint64_t start, std::uint64_t duration) = 0;
-    /// Writes the events and triggers with start <= time <= end as a new recording at `path`; never replaces
-    /// a file.
+    /// Writes the events and triggers with start <= time <= end as a new recording at `path`, in a folder
+    /// that is made where it is missing; never replaces a file.
     virtual bool cutFile(std::uint64_t start, std::uint64_t end, std::string path) = 0;
-    /// Renders start <= time <= end to an `.mp4` video at `path`; never replaces a file.
+    /// Renders start <= time <= end to an `.mp4` video at `path`, which gets that ending where it lacks it,
+    /// in a folder that is made where it is missing; never replaces a file.
     virtual bool exportVideo(std::uint64_t start, std::uint64_t end, std::string path) = 0;
 };
 

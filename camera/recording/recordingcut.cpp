@@ -3,11 +3,11 @@
 #include "camera/recording/evt3encoder.h"
 #include "camera/recording/rawfilereader.h"
 #include "camera/recording/recordingheader.h"
+#include "camera/recording/targetfolder.h"
 #include "camera/recording/temporaryfile.h"
 #include "camera/recording/verifyingwriter.h"
 
 #include <QDebug>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <exception>
@@ -78,12 +78,21 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
 {
     std::uint64_t lastTime = 0;
     source.getEndTimestamp(lastTime);
-    if (start > end || start > lastTime) {
+    if (start > end) {
+        error = QStringLiteral("the range ends before it begins");
+        return false;
+    }
+    if (start > lastTime) {
         error = QStringLiteral("the range lies outside the recording");
         return false;
     }
-    if (QFileInfo(path).fileName().isEmpty()) {
-        error = QStringLiteral("the file has no name");
+    if (!namesFile(path)) {
+        error = QStringLiteral("it names no file");
+        return false;
+    }
+    TargetFolder folder(path);
+    if (!folder.exists()) {
+        error = QStringLiteral("the folder cannot be made");
         return false;
     }
     TemporaryFile temporary(path);
@@ -127,7 +136,10 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
         error = QStringLiteral("the range holds no event");
         return false;
     }
-    return temporary.keepAs(path, error);
+    if (!temporary.keepAs(path, error))
+        return false;
+    folder.keep();
+    return true;
 }
 
 } // namespace

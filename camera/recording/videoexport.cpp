@@ -2,14 +2,12 @@
 
 #include "camera/recording/eventpictures.h"
 #include "camera/recording/rawfilereader.h"
+#include "camera/recording/targetfolder.h"
 #include "camera/recording/temporaryfile.h"
 #include "camera/recording/videomark.h"
 #include "camera/recording/videopicturequeue.h"
 #include "camera/recording/videowriter.h"
 #include "display/kernels/eventyuv.h"
-
-#include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <exception>
@@ -35,43 +33,10 @@ int evenUp(unsigned size, unsigned most)
     return static_cast<int>(std::min((size + 1) / 2 * 2, most));
 }
 
-/// The folder of a file to be written, made where it is missing; what was made goes with this object unless
-/// it is kept.
-class TargetFolder
-{
-public:
-    explicit TargetFolder(const QString& file) : folder(QFileInfo(file).absolutePath())
-    {
-        for (QString at = folder; !QFileInfo::exists(at); at = QFileInfo(at).path())
-            missing.append(at);
-        made = QDir().mkpath(folder);
-    }
-    ~TargetFolder()
-    {
-        // Only empty folders can be removed: nothing of anyone else's is lost.
-        for (const QString& at : std::as_const(missing)) {
-            if (!kept)
-                QDir().rmdir(at);
-        }
-    }
-    TargetFolder(const TargetFolder&) = delete;
-    TargetFolder& operator=(const TargetFolder&) = delete;
-
-    bool exists() const { return made; }
-    void keep() { kept = true; }
-
-private:
-    const QString folder;
-    QStringList missing; ///< innermost first
-    bool made = false;
-    bool kept = false;
-};
-
 /// The path with its ending; empty, with the reason in `error`, when it names no file.
 QString targetPath(const QString& path, QString& error)
 {
-    const QString name = QFileInfo(path).fileName();
-    if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("..")) {
+    if (!namesFile(path)) {
         error = QStringLiteral("it names no file");
         return {};
     }

@@ -1,4 +1,5 @@
 #include "tests/e2e/rangesavingstory.h"
+#include "tests/support/capturedmessages.h"
 #include "tests/support/exportedvideo.h"
 
 using namespace Qt::Literals::StringLiterals;
@@ -77,11 +78,26 @@ TEST_F(RangeSavingStory, PointsSetWithTheMouseAreCutOpenedAndExported)
     EXPECT_EQ(timeline()->centerValue(), before + 30303);
 }
 
+TEST_F(RangeSavingStory, PlaybackStopsForTheDialogAndStaysStopped)
+{
+    window->openRecording(path);
+    ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked(); }));
+    save<KvCutRawFile>([this](KvCutRawFile& dialog) {
+        EXPECT_FALSE(button("pb_play")->isChecked());
+        dialog.setFileName(u"x.raw"_s);
+    });
+    ASSERT_TRUE(wait([] { return toasts().contains(u"Export raw file success!"_s); }));
+    EXPECT_FALSE(button("pb_play")->isChecked());
+    EXPECT_EQ(files(), QStringList{u"x.raw"_s});
+}
+
 TEST_F(RangeSavingStory, BadRangesFoldersAndNamesLeaveNoFile)
 {
     openPaused(path);
     const auto refused = [this](const std::function<void(KvCutRawFile&)>& change) {
+        const CapturedMessages messages;
         save<KvCutRawFile>(change);
+        EXPECT_EQ(messages.warnings().filter(u": cannot be cut from "_s + path).size(), 1);
         return files().isEmpty() && toasts().isEmpty();
     };
     const auto type = [](KvCutRawFile& dialog, const char* field, const QString& text) {
@@ -95,13 +111,18 @@ TEST_F(RangeSavingStory, BadRangesFoldersAndNamesLeaveNoFile)
         dialog.setStartTime(5'000'000);
         dialog.setEndTime(6'000'000);
     })) << "beyond the end";
-    EXPECT_TRUE(refused([](KvCutRawFile& dialog) { dialog.setFileName(u"no/such/folder.raw"_s); }));
+    EXPECT_TRUE(refused([](KvCutRawFile& dialog) { dialog.setFileName(u".."_s); }));
     EXPECT_TRUE(refused([](KvCutRawFile& dialog) { dialog.setFileName(QString()); })) << "a folder's name";
     EXPECT_TRUE(refused([](KvCutRawFile& dialog) { dialog.setSavePath(u"/proc/nowhere"_s); }));
     EXPECT_TRUE(refused([this](KvCutRawFile& dialog) {
         dialog.setSavePath(path);
         dialog.setFileName(u"x.raw"_s);
     })) << "a file for a folder";
+    // A slash makes a folder.
+    save<KvCutRawFile>([](KvCutRawFile& dialog) { dialog.setFileName(u"a/folder.raw"_s); });
+    ASSERT_TRUE(wait([] { return !toasts().isEmpty(); }));
+    EXPECT_FALSE(eventsOf(folder + u"/a/folder.raw"_s).empty());
+    EXPECT_TRUE(files().isEmpty());
     // An export that fails leaves nothing either; its toast comes all the same.
     save<KvExportVideoUI>([](KvExportVideoUI& dialog) { dialog.setSavePath(u"/proc/nowhere"_s); });
     EXPECT_TRUE(wait([] { return toasts().contains(u"Export video success!"_s); }));

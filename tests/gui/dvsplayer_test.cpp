@@ -2,6 +2,9 @@
 
 #include <QSignalSpy>
 
+#include <thread>
+#include <vector>
+
 using Columns = std::pair<int, int>;
 
 TEST_F(DvsPlayerTest, AnOpenedRecordingStandsAtItsStartAndSetsTheTimelinesBounds)
@@ -243,6 +246,51 @@ TEST_F(DvsPlayerTest, AClickThatTheReaderRefusesChangesNothing)
     EXPECT_EQ(reader->log.lines(), (Lines{"seek 100001 refused"}));
     EXPECT_EQ(player->currentTime(), 50'000u);
     EXPECT_EQ(labels + announcements, 0);
+}
+
+TEST_F(DvsPlayerTest, StepsAndStopHoldTheReaderWhileTheyAskIt)
+{
+    open(0, 10'500'000);
+    moveTo(3'000'000);
+    std::vector<bool> held;
+    const auto look = [this, &held] {
+        std::thread([&] {
+            held.push_back(!player->readerMutex().try_lock());
+            if (!held.back())
+                player->readerMutex().unlock();
+        }).join();
+    };
+    reader->onMove = look;
+    reader->onRead = [&look](std::uint64_t, std::uint64_t) {
+        look();
+        return std::nullopt;
+    };
+    player->nextClicked();
+    EXPECT_EQ(held, (std::vector<bool>{true})) << "read";
+    held.clear();
+    player->previousClicked();
+    EXPECT_EQ(held, (std::vector<bool>{true, true})) << "seek and read";
+    held.clear();
+    player->stopClicked();
+    EXPECT_EQ(held, (std::vector<bool>{true})) << "seek";
+    held.clear();
+    player->onSliderTimeMove(500'000);
+    EXPECT_EQ(held, (std::vector<bool>{true})) << "read";
+    held.clear();
+    player->onSliderTimeTrackClick(700'000);
+    EXPECT_EQ(held, (std::vector<bool>{false, false})) << "a click never waits for a tick";
+}
+
+TEST_F(DvsPlayerTest, PlacesWithoutABatchAreAnnouncedButAStepForwardIsNot)
+{
+    open(0, 10'500'000);
+    moveTo(3'000'000);
+    reader->onRead = [](std::uint64_t, std::uint64_t) { return ScriptedReader::Events(); };
+    player->nextClicked();
+    EXPECT_EQ(announcements, 0);
+    EXPECT_EQ(player->currentTime(), 3'000'000u);
+    player->onSliderTimeMove(500'000);
+    EXPECT_EQ(announcements, 1);
 }
 
 TEST_F(DvsPlayerTest, StepsStopAndSeeksActOnADvsRecordingOnly)

@@ -204,11 +204,41 @@ TEST_F(DvsPlayerPlayingTest, AClickOnTheTrackWhilePlayingNeverWaitsForATick)
     EXPECT_TRUE(frames.hasNewEvents());
     EXPECT_EQ(announcements, 0) << "the play loop shows the picture";
     clicked.release();
-    ASSERT_TRUE(wait([this] { return reader->log.contains("at 5000000 33333"); }));
+    ASSERT_TRUE(wait([this] { return reader->log.count("at 5000000 33333") == 2; })) << "click and tick";
     EXPECT_TRUE(reader->log.contains("seek 5000000"));
-    EXPECT_TRUE(reader->log.contains("next 33333"));
     EXPECT_FALSE(reader->log.contains("at 30303 33333")) << "the click wins over the tick";
     EXPECT_TRUE(play.isChecked());
+}
+
+TEST_F(DvsPlayerPlayingTest, AClickThatMeetsTheEndOfTheRangeShowsItsOwnPlace)
+{
+    open(0, 100'000);
+    moveTo(90'000);
+    player->setLooping(true);
+    std::atomic<bool> reading = false;
+    std::binary_semaphore clicked(0);
+    reader->onRead = [&](std::uint64_t, std::uint64_t) -> std::optional<ScriptedReader::Events> {
+        if (!reading.exchange(true)) {
+            EXPECT_TRUE(clicked.try_acquire_for(std::chrono::seconds(30)));
+        }
+        return std::nullopt;
+    };
+    // Between the click's seek of the reader and its new position, the loop goes round.
+    reader->onMove = [&] {
+        if (QThread::currentThread() != QApplication::instance()->thread())
+            return;
+        clicked.release();
+        EXPECT_TRUE(reader->log.waitForCount("seek 0", 1));
+    };
+    click();
+    ASSERT_TRUE(wait([&reading] { return reading.load(); }));
+    player->onSliderTimeTrackClick(50'000);
+    forget();
+    ASSERT_TRUE(wait([this] { return pictures > 0; }));
+    EXPECT_GE(shownColumns().first, 50) << "nothing of the start, to which the loop had gone";
+    EXPECT_TRUE(reader->log.contains("at 50000 33333"));
+    reader->onMove = nullptr;
+    click();
 }
 
 TEST_F(DvsPlayerPlayingTest, APauseInTheMomentOfTheEndIsNotTakenForAStart)

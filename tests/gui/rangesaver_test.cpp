@@ -374,21 +374,21 @@ TEST_F(RangeSaverTest, AnExportLogsBeforeItHasTheReaderACutAfterwards)
     EXPECT_EQ(free, (std::vector<bool>{true, false}));
 }
 
-TEST_F(RangeSaverTest, TheToastIsSentWhileTheReaderIsHeldAndTheSpinnerEndsAfterIt)
+TYPED_TEST(RangeSaverBothTest, TheToastIsSentWhileTheReaderIsHeldAndTheSpinnerEndsAfterIt)
 {
-    open(0, 1000);
-    reader->onSave = [] { return true; };
+    this->open(0, 1000);
+    this->reader->onSave = [] { return true; };
     bool heldAtToast = false;
     bool spinningAtToast = false;
     QObject::connect(
-        saver.get(), &RangeSaver::signalShowLeftBottomTips, &window,
+        this->saver.get(), &RangeSaver::signalShowLeftBottomTips, &this->window,
         [&] {
             // From another thread than the job's, which must not try its own lock.
-            std::thread([&] { heldAtToast = !readerIsFree(); }).join();
-            spinningAtToast = saver->busy();
+            std::thread([&] { heldAtToast = !this->readerIsFree(); }).join();
+            spinningAtToast = this->saver->busy();
         },
         Qt::DirectConnection);
-    saveAs<KvCutRawFile>(u"x.raw"_s);
+    this->confirm(u"x"_s);
     EXPECT_TRUE(heldAtToast);
     EXPECT_TRUE(spinningAtToast);
 }

@@ -34,17 +34,26 @@ bool ScriptedReader::seekTime(std::uint64_t ts)
     log.add("seek " + to_string(ts) + (inside ? "" : " refused"));
     if (!inside)
         return false;
-    const std::lock_guard guard(mutex);
-    position = ts;
+    {
+        const std::lock_guard guard(mutex);
+        position = ts;
+    }
+    if (onMove)
+        onMove();
     return true;
 }
 
 ScriptedReader::Events ScriptedReader::getNextEvents(std::uint64_t duration)
 {
     log.add("next " + to_string(duration));
-    const std::lock_guard guard(mutex);
-    const std::uint64_t start = position;
-    position += duration;
+    std::uint64_t start = 0;
+    {
+        const std::lock_guard guard(mutex);
+        start = position;
+        position += duration;
+    }
+    if (onMove)
+        onMove();
     return window(start, duration);
 }
 

@@ -37,6 +37,8 @@ public:
     ScriptedLog log;
     /// Called by getEventsAt on the asking thread; an answer replaces the recording's. Set before use.
     std::function<std::optional<Events>(std::uint64_t start, std::uint64_t duration)> onRead;
+    /// Called by seekTime and getNextEvents on the asking thread when they are done. Set before use.
+    std::function<void()> onMove;
     /// Called by loadFile, which answers what it does. Set before use.
     std::function<bool()> onLoad;
     /// Called by cutFile and exportVideo, which answer what it does, else false. Set before use.

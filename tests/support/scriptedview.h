@@ -24,14 +24,14 @@ public:
 
     void addEvents(const korvane::Event2D* begin, const korvane::Event2D* finish) override
     {
-        log.add("events " + std::to_string(finish - begin));
+        note("events " + std::to_string(finish - begin));
     }
-    void postPicture() override { log.add("picture"); }
+    void postPicture() override { note("picture"); }
     void postPosition(std::uint64_t position, std::uint64_t seek) override
     {
-        log.add("position " + std::to_string(position) + ' ' + std::to_string(seek));
+        note("position " + std::to_string(position) + ' ' + std::to_string(seek));
     }
-    void postEnd(std::uint64_t session) override { log.add("end " + std::to_string(session)); }
+    void postEnd(std::uint64_t session) override { note("end " + std::to_string(session)); }
 
     ScriptedLog log;
     std::atomic<std::uint64_t> start{0}; ///< microseconds
@@ -39,4 +39,14 @@ public:
     std::atomic<bool> looping{false};
     /// Called by rangeStart() on the playing thread. Set before use.
     std::function<void()> onRangeStart;
+    /// Called with each line before it is noted, on the playing thread. Set before use.
+    std::function<void(const std::string& line)> onNote;
+
+private:
+    void note(const std::string& line)
+    {
+        if (onNote)
+            onNote(line);
+        log.add(line);
+    }
 };

@@ -1,7 +1,9 @@
 #include "tests/unit/dvsplayloopfixture.h"
 
 #include <chrono>
+#include <string>
 #include <thread>
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -266,9 +268,14 @@ TEST_F(DvsPlayLoopTest, AStopEndsTheWaitOfTheSteadyClockToo)
     ASSERT_TRUE(view.log.waitForCount("picture", 3));
     real.stop();
     EXPECT_FALSE(state.filePlaying);
-    // Woken while nothing runs, the longest wait is none.
+    // The longest wait ends as soon as the flag is down and the clock is woken, before it or in its midst.
     const auto begin = steady.now();
     steady.waitFor(1h, state.filePlaying);
+    state.filePlaying = true;
+    std::thread waiter([&] { steady.waitFor(1h, state.filePlaying); });
+    state.filePlaying = false;
+    steady.wake();
+    waiter.join();
     EXPECT_LT(steady.now() - begin, 30s);
 }
 
@@ -336,19 +343,27 @@ TEST_F(DvsPlayLoopTest, ItsEndLeavesTheFlagToWhoeverRunsWhenItDoesNotRun)
     EXPECT_TRUE(state.filePlaying);
 }
 
-TEST_F(DvsPlayLoopTest, KeepsTheReaderToItselfWhileItReads)
+TEST_F(DvsPlayLoopTest, KeepsTheReaderToItselfForTheWholeTick)
 {
-    open(0, 10'000'000);
-    bool free = true;
-    reader->onRead = [this, &free](std::uint64_t, std::uint64_t) {
-        std::thread other([this, &free] {
-            free = position.readerMutex.try_lock();
-            if (free)
+    open(0, 1000);
+    std::vector<std::string> free; // what happened while another thread could have had the reader
+    const auto look = [this, &free](const std::string& what) {
+        std::thread([&] {
+            if (position.readerMutex.try_lock()) {
+                free.push_back(what);
                 position.readerMutex.unlock();
-        });
-        other.join();
+            }
+        }).join();
+    };
+    reader->onRead = [&look](std::uint64_t, std::uint64_t) {
+        look("read");
         return std::nullopt;
     };
-    play(1);
-    EXPECT_FALSE(free);
+    reader->onMove = [&look] { look("seek"); };
+    view.onNote = look;
+    loop->start();
+    ASSERT_TRUE(view.log.waitForCount("end 1", 1));
+    loop->stop();
+    EXPECT_EQ(view.log.lines(), (Lines{"events 2", "position 1000 0", "picture", "position 0 0", "end 1"}));
+    EXPECT_EQ(free, std::vector<std::string>());
 }

@@ -47,6 +47,18 @@ TEST(FrameMailbox, AsksToBeEmptiedOnceUntilItWas)
     EXPECT_FALSE(mailbox.put(picture(5)));
 }
 
+TEST(FrameMailbox, ADroppedPictureLeavesTheRequestThatIsUnderWay)
+{
+    FrameMailbox mailbox;
+    EXPECT_TRUE(mailbox.put(picture(1)));
+    mailbox.drop();
+    EXPECT_FALSE(mailbox.put(picture(2))) << "the first request has not been answered yet";
+    EXPECT_EQ(numberOf(mailbox.take()), 2);
+    mailbox.put(picture(3));
+    mailbox.drop();
+    EXPECT_TRUE(mailbox.take().isNull());
+}
+
 TEST(FrameMailbox, BetweenTwoThreadsEachRequestFindsANewerPictureAndTheLastArrives)
 {
     constexpr int pictures = 3000;

@@ -207,16 +207,32 @@ TEST_F(RecordingCut, LeavesNothingAndLogsWhyWhenItFails)
 {
     const QString outside = QStringLiteral("the range lies outside the recording");
     EXPECT_EQ(reasonOfFailure(end + 1, end + 100, recordings.path("beyond.raw")), outside);
-    EXPECT_EQ(reasonOfFailure(end, start, recordings.path("backwards.raw")), outside);
+    EXPECT_EQ(reasonOfFailure(end, start, recordings.path("backwards.raw")),
+              QStringLiteral("the range ends before it begins"));
     EXPECT_EQ(reasonOfFailure(0, start - 1, recordings.path("before.raw")),
               QStringLiteral("the range holds no event"));
-    EXPECT_EQ(reasonOfFailure(start, end, recordings.path("missing/folder.raw")),
-              QStringLiteral("No such file or directory"));
+    EXPECT_EQ(reasonOfFailure(0, start - 1, recordings.path("missing/folder.raw")),
+              QStringLiteral("the range holds no event"));
     EXPECT_EQ(reasonOfFailure(start, end, recordings.path("source.raw/below.raw")),
-              QStringLiteral("Not a directory"));
-    EXPECT_EQ(reasonOfFailure(start, end, recordings.path("") + "/"), QStringLiteral("the file has no name"));
+              QStringLiteral("the folder cannot be made"));
+    for (const char* const nameless : {"/", "/.", "/.."})
+        EXPECT_EQ(reasonOfFailure(start, end, recordings.path("") + nameless),
+                  QStringLiteral("it names no file"))
+            << nameless;
     // Nobody may make files there, not even the administrator.
     EXPECT_EQ(reasonOfFailure(start, end, "/proc/cut.raw"), QStringLiteral("No such file or directory"));
+}
+
+TEST_F(RecordingCut, MakesTheFoldersThatAreMissing)
+{
+    ASSERT_TRUE(reader->cutFile(start, end, recordings.path("some/folder/cut.raw")));
+    EXPECT_EQ(all(*TemporaryRecordings::load(recordings.path("some/folder/cut.raw"))), all(*reader));
+}
+
+TEST_F(RecordingCut, KeepsTheNameAsItIsEvenWithoutAnEnding)
+{
+    ASSERT_TRUE(reader->cutFile(start, end, recordings.path("long")));
+    EXPECT_EQ(others(), QStringList{QStringLiteral("long")});
 }
 
 TEST_F(RecordingCut, OntoAFullDiskLeavesNothing)

@@ -6,6 +6,7 @@
 #include "tests/support/filesizelimit.h"
 #include "tests/unit/videoexportfixture.h"
 
+#include <QProcess>
 #include <gmock/gmock.h>
 
 #include <limits>
@@ -47,6 +48,24 @@ TEST_F(VideoExportTest, IsAVideoThatBrowsersPlay)
     EXPECT_EQ(video.timeBaseDenominator, 1000000);
     EXPECT_THAT(boxesOf(target()), ElementsAre("ftyp", "moov", "free", "mdat"));
     EXPECT_THAT(others(), ElementsAre(QStringLiteral("video.mp4")));
+}
+
+TEST_F(VideoExportTest, IsProbedAsWhatItIsByAnotherProgram)
+{
+    record(movingBar({321, 240}, 20, 20), {321, 240});
+    ASSERT_TRUE(exportTo("video.mp4", start, end));
+    QProcess probe;
+    probe.start(QStringLiteral("ffprobe"),
+                {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-count_frames"),
+                 QStringLiteral("-show_entries"),
+                 QStringLiteral("stream=codec_name,width,height,pix_fmt,start_time,duration,nb_read_frames"),
+                 QStringLiteral("-of"), QStringLiteral("csv=print_section=0"), target()});
+    ASSERT_TRUE(probe.waitForFinished()) << probe.errorString().toStdString();
+    EXPECT_EQ(probe.readAllStandardError().toStdString(), "");
+    const std::uint64_t count = (end - start) / period + 1;
+    const QString seconds = QString::number(static_cast<double>(count * period) / 1e6, 'f', 6);
+    EXPECT_EQ(QString::fromLatin1(probe.readAllStandardOutput()).trimmed(),
+              QStringLiteral("h264,322,240,yuv420p,0.000000,%1,%2").arg(seconds).arg(count));
 }
 
 TEST_F(VideoExportTest, ShowsWhatTheLiveViewShows)
