@@ -13,7 +13,9 @@
 #include <QStyle>
 
 #include <atomic>
+#include <mutex>
 #include <string>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 using korvane::CameraTool;
@@ -28,14 +30,31 @@ class RateMeter : public korvane::simulation::EventSink
 public:
     void onEvents(const Event2D* begin, const Event2D* end) override
     {
-        for (const Event2D* event = begin; event != end; ++event)
+        QRect place;
+        for (const Event2D* event = begin; event != end; ++event) {
             (event->polarity == 1 ? on : off) += 1;
+            place |= QRect(event->x, event->y, 1, 1);
+        }
+        {
+            const std::lock_guard lock(mutex);
+            within |= place;
+        }
         ++steps;
+    }
+    /// The smallest rectangle around the events since this was asked for last.
+    QRect takePlace()
+    {
+        const std::lock_guard lock(mutex);
+        return std::exchange(within, QRect());
     }
 
     std::atomic<std::uint64_t> on{0};
     std::atomic<std::uint64_t> off{0};
     std::atomic<int> steps{0};
+
+private:
+    std::mutex mutex;
+    QRect within; // guarded by mutex
 };
 
 /// The simulated cameras, with a way to the one that was opened last.
@@ -133,6 +152,34 @@ protected:
         return nullptr;
     }
 
+    QLineEdit* field(const QString& title, const QString& name) const
+    {
+        auto* const row = item<SettingBaseWithLineEdit>(title, name);
+        return row ? row->findChild<QLineEdit*>(u"le_kv_line_edit"_s) : nullptr;
+    }
+    /// Types a number into a row's field, as with the keyboard.
+    void type(const QString& title, const QString& name, const QString& number) const
+    {
+        QLineEdit* const edit = field(title, name);
+        ASSERT_NE(edit, nullptr) << name.toStdString();
+        QTest::mouseClick(show(edit), Qt::LeftButton);
+        QTest::keySequence(edit, QKeySequence::SelectAll);
+        QTest::keyClicks(edit, number);
+        QTest::keyClick(edit, Qt::Key_Return);
+    }
+    static QColor border(QLineEdit* edit) { return edit->grab().toImage().pixelColor(0, edit->height() / 2); }
+    /// Where the events of some whole steps from now on lie.
+    QRect place() const
+    {
+        const auto meter = backend->meter;
+        const int start = meter->steps + 2;
+        EXPECT_TRUE(wait([&] { return meter->steps >= start; }));
+        meter->takePlace();
+        const int steps = meter->steps;
+        EXPECT_TRUE(wait([&] { return meter->steps >= steps + 4; }));
+        return meter->takePlace();
+    }
+
     /// Events a step of the camera, by polarity, of the next eight steps.
     struct Rate
     {
@@ -166,9 +213,9 @@ TEST_F(SettingsStory, ABiasDraggedWithTheMouseChangesTheEventRateAtOnce)
     ASSERT_NE(bias, nullptr);
     const Rate before = rate();
 
-    auto* const field = bias->findChild<QLineEdit*>(u"le_kv_line_edit"_s);
-    EXPECT_EQ(field->text(), u"0"_s);
-    QTest::mouseClick(show(field), Qt::LeftButton);
+    auto* const number = field(u"Biases"_s, u"Bias Diff On"_s);
+    EXPECT_EQ(number->text(), u"0"_s);
+    QTest::mouseClick(show(number), Qt::LeftButton);
     auto* const slider = bias->findChild<KvSlider*>(u"horizontalSlider"_s);
     ASSERT_TRUE(wait([slider] { return slider->isVisible(); }));
     show(slider);
@@ -184,17 +231,14 @@ TEST_F(SettingsStory, ABiasDraggedWithTheMouseChangesTheEventRateAtOnce)
     int set = 0;
     ASSERT_TRUE(backend->tool(ToolType::Biases)->getIntParameter("bias_diff_on", set));
     EXPECT_EQ(set, slider->maximum());
-    EXPECT_EQ(field->text(), QString::number(set));
+    EXPECT_EQ(number->text(), QString::number(set));
     const Rate after = rate();
     EXPECT_GT(before.on, 1000.0);
     EXPECT_LT(after.on, before.on * 0.6) << "three times the threshold";
     EXPECT_GT(after.off, before.off * 0.5) << "the other polarity stays about as it was";
 
     // Typed with the keyboard, it comes back.
-    QTest::mouseClick(show(field), Qt::LeftButton);
-    QTest::keySequence(field, QKeySequence::SelectAll);
-    QTest::keyClicks(field, u"0"_s);
-    QTest::keyClick(field, Qt::Key_Return);
+    type(u"Biases"_s, u"Bias Diff On"_s, u"0"_s);
     ASSERT_TRUE(backend->tool(ToolType::Biases)->getIntParameter("bias_diff_on", set));
     EXPECT_EQ(set, 0);
     EXPECT_GT(rate().on, after.on * 1.3);
@@ -233,10 +277,54 @@ TEST_F(SettingsStory, TheTriggerInputIsSwitchedWithTheMouse)
     EXPECT_FALSE(enabled);
 }
 
+TEST_F(SettingsStory, AFusionCameraShowsThatItsTriggerInputIsOn)
+{
+    // It was switched on when the camera was opened, before the panel was filled.
+    open("PEL-000001");
+    unfold(u"Trigger In"_s);
+    auto* const toggle = item<SettingBaseWithSwitchButton>(u"Trigger In"_s, u"Enable"_s);
+    ASSERT_NE(toggle, nullptr);
+    EXPECT_TRUE(toggle->findChild<QPushButton*>(u"switchButton"_s)->isChecked());
+}
+
+TEST_F(SettingsStory, ARegionTypedWithTheKeyboardLetsOnlyItsEventsThrough)
+{
+    const QString roi = u"ROI"_s;
+    open("QRT-000001");
+    unfold(roi);
+    EXPECT_GT(place().width(), 600);
+    type(roi, u"Width"_s, u"320"_s);
+    type(roi, u"Height"_s, u"200"_s);
+    type(roi, u"X"_s, u"300"_s);
+    type(roi, u"Y"_s, u"220"_s);
+    EXPECT_GT(place().width(), 600) << "not before it is switched on";
+    auto* const enable
+        = item<SettingBaseWithSwitchButton>(roi, u"Enable"_s)->findChild<QPushButton*>(u"switchButton"_s);
+    QTest::mouseClick(show(enable), Qt::LeftButton);
+    const QRect region(300, 220, 320, 200);
+    const QRect found = place();
+    EXPECT_TRUE(region.contains(found))
+        << found.left() << ' ' << found.top() << ' ' << found.right() << ' ' << found.bottom();
+    EXPECT_GT(found.width(), 250);
+
+    // Coordinates that make no window are refused: all of them turn red, and the window stays.
+    type(roi, u"X"_s, u"1279"_s);
+    for (const QString& name : {u"Width"_s, u"Height"_s, u"X"_s, u"Y"_s})
+        EXPECT_EQ(border(field(roi, name)), QColor(0xFF, 0x60, 0x58)) << name.toStdString();
+    EXPECT_LE(place().right(), region.right());
+    // The next one that makes a window ends it.
+    type(roi, u"X"_s, u"400"_s);
+    for (const QString& name : {u"Width"_s, u"Height"_s, u"Y"_s})
+        EXPECT_EQ(border(field(roi, name)), QColor(0xAC, 0xAC, 0xAC)) << name.toStdString();
+    EXPECT_GE(place().left(), 400);
+}
+
 TEST_F(SettingsStory, AnOpenedCameraFillsThePanelAndARecordingEmptiesIt)
 {
     open("QRT-000001");
-    EXPECT_EQ(sections().mid(0, 2), (QStringList{u"Biases"_s, u"Trigger In"_s}));
+    EXPECT_EQ(sections(),
+              (QStringList{u"Biases"_s, u"Trigger In"_s, u"Anti Flicker"_s, u"Event Rate Control"_s,
+                           u"Event Trail Filter"_s, u"ROI"_s}));
     auto* const display = window->findChild<QWidget*>(u"widget_combobox_frame_rate"_s);
     EXPECT_FALSE(display->isEnabled());
 
