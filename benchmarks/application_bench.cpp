@@ -9,6 +9,8 @@
 #include "display/eventframebuffer.h"
 #include "display/showimageform.h"
 #include "mainwindow/mainwidget.h"
+#include "settings/settingitembox.h"
+#include "settings/sidebardvssettingui.h"
 
 #include <QApplication>
 #include <QDir>
@@ -19,6 +21,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -252,6 +255,45 @@ void take_frame(benchmark::State& state)
                    figure::secondsToCopy(rounds * picture, picture) / rounds * 1e3);
 }
 
+/// Filling the side bar's six sections from the tools of an open camera until they are drawn; the limit
+/// copies the panel's pixels.
+void fill_panels(benchmark::State& state)
+{
+    application();
+    const auto camera = korvane::simulation::SimulatedBackend().openCamera("HAL-000001");
+    MainWidget window;
+    window.show();
+    auto* const panel = window.findChild<SidebarDvsSettingUI*>();
+    window.findChild<QPushButton*>(QStringLiteral("pb_fold_dvs_setting"))->click();
+    Application::run(500);
+    using korvane::ToolType;
+    double busy = 0;
+    const double seconds = figure::bestOfFive([&] {
+        const double start = figure::processorSeconds();
+        panel->setBiasesToolUI(camera->getTool(ToolType::Biases));
+        panel->setTriggerInToolUI(camera->getTool(ToolType::TriggerIn));
+        panel->setAntiFlickerToolUI(camera->getTool(ToolType::AntiFlicker));
+        panel->setEventRateControlToolUI(camera->getTool(ToolType::EventRateControl));
+        panel->setEventTrailFilterToolUI(camera->getTool(ToolType::EventTrailFilter));
+        panel->setROIToolUI(camera->getTool(ToolType::Roi));
+        QCoreApplication::processEvents();
+        panel->repaint();
+        const double spent = figure::processorSeconds() - start;
+        busy = busy > 0 ? std::min(busy, spent) : spent;
+    });
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(seconds);
+    const auto sections = panel->findChildren<SettingItemBox*>().size();
+    if (sections != 6)
+        state.SkipWithError("a section is missing");
+    // What it costs where the machine has other work.
+    figure::note(state, "processor_ms", busy * 1e3);
+    const auto pixels = static_cast<std::size_t>(panel->width()) * static_cast<std::size_t>(panel->height());
+    figure::report(state, "ms", figure::Better::Lower, seconds * 1e3,
+                   figure::secondsToCopy(pixels * 4, pixels * 4) * 1e3);
+}
+
+BENCHMARK(fill_panels)->Iterations(1)->Repetitions(3);
 BENCHMARK(take_frame)->Iterations(1)->Repetitions(3);
 BENCHMARK(play_rss)->Iterations(1);
 BENCHMARK(live_cpu)->Iterations(1);
