@@ -113,7 +113,7 @@ CodecContextHandle openEncoder(const AVCodec& encoder, const VideoFormat& format
 std::unique_ptr<VideoEncoder> VideoEncoder::open(const VideoFormat& format, const QString& name,
                                                  QString& error)
 {
-    silenceVideoLibraries();
+    tameVideoLibraries();
     if (format.width <= 0 || format.height <= 0 || format.width % 2 != 0 || format.height % 2 != 0) {
         error
             = QStringLiteral("a video of %1 x %2 pixels cannot be made").arg(format.width).arg(format.height);

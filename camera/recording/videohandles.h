@@ -4,10 +4,13 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/frame.h>
+#include <libavutil/mem.h>
 }
 
 #include <QString>
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 
 namespace korvane::recording {
@@ -46,10 +49,17 @@ inline QString videoErrorText(int code)
     return QString::fromLatin1(text);
 }
 
-/// What goes wrong is reported with file and reason by us: FFmpeg's own lines are kept off the console.
-inline void silenceVideoLibraries()
+/// What one allocation of FFmpeg's may take: a picture of the largest size that is read, sixteen bits a
+/// colour. Beyond it a damaged container asks for memory that no video needs.
+inline constexpr std::size_t mostVideoMemory = std::size_t(256) << 20U; // bytes
+inline constexpr std::int64_t mostVideoPixels = 8192 * 4320; // of a picture
+
+/// What goes wrong is reported with file and reason by us: FFmpeg's own lines are kept off the console. And
+/// memory is bounded.
+inline void tameVideoLibraries()
 {
     av_log_set_level(AV_LOG_FATAL);
+    av_max_alloc(mostVideoMemory);
 }
 
 } // namespace korvane::recording

@@ -20,7 +20,7 @@ bool isDamaged(const AVFrame& frame)
 
 VideoInput::VideoInput(const QString& path) : file(path), device(file)
 {
-    silenceVideoLibraries();
+    tameVideoLibraries();
 }
 
 VideoInput::~VideoInput()
@@ -81,6 +81,10 @@ bool VideoInput::prepare(QString& error)
         error = QStringLiteral("it holds no video stream");
         return false;
     }
+    if (avformat_index_get_entries_count(container->streams[stream]) > file.size()) {
+        error = QStringLiteral("it lists more pictures than it has bytes");
+        return false;
+    }
     if (!openDecoder(error))
         return false;
     findTimes();
@@ -106,6 +110,7 @@ bool VideoInput::openDecoder(QString& error)
         code = avcodec_parameters_to_context(decoder, &parameters);
     if (code >= 0) {
         decoder->pkt_timebase = container->streams[stream]->time_base;
+        decoder->max_pixels = mostVideoPixels;
         decoder->thread_count = 0; // as many as the machine's processors ask for
         code = avcodec_open2(decoder, codec, nullptr);
     }

@@ -1,4 +1,5 @@
 #include "camera/recording/rawfilereader.h"
+#include "tests/fuzz/memoryfile.h"
 #include "tests/fuzz/require.h"
 #include "tests/support/randomstreams.h"
 #include "tests/support/referencedecoder.h"
@@ -12,32 +13,10 @@
 #include <span>
 #include <string>
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 using namespace korvane;
 using namespace korvane::recording;
 
 namespace {
-
-/// A file without a name or a place on a disk.
-class MemoryFile
-{
-public:
-    MemoryFile() : handle(memfd_create("recording", MFD_CLOEXEC)) { require(handle >= 0, "there is a file"); }
-    ~MemoryFile() { close(handle); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    void write(const std::uint8_t* data, std::size_t size) const
-    {
-        require(::write(handle, data, size) == static_cast<ssize_t>(size), "the file takes its content");
-    }
-    std::string path() const { return "/proc/self/fd/" + std::to_string(handle); }
-
-private:
-    int handle;
-};
 
 template <typename Record>
 bool holds(const std::vector<Record>& window, const std::vector<Record>& all, std::uint64_t start,

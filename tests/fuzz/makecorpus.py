@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Writes the seed inputs of the fuzz targets below tests/fuzz/corpus: small streams of every encoding, headers with
-every oddity that is met in the field."""
+every oddity that is met in the field, tiny videos, settings and typed times."""
 
 import pathlib
 import struct
@@ -98,3 +98,113 @@ for encoding, samples in streams.items():
         write("rawfile", f"{names[encoding]}_{name}_bare", body * 10)
 for name, content in headers.items():
     write("rawfile", f"header_{name}", content + words(3, evt3["events"]) * 5)
+
+
+def videos():
+    """Containers of a few tiny pictures; needs ffmpeg."""
+    source = ["-f", "lavfi", "-i", "testsrc=size=32x32:rate=30:duration=0.3"]
+    h264 = ["-c:v", "libx264", "-preset", "ultrafast"]
+    kinds = {
+        "plain": h264,
+        "fragments": [*h264, "-g", "3", "-movflags", "frag_keyframe+empty_moov"],
+        "head_first": [*h264, "-movflags", "faststart"],
+        "out_of_order": ["-c:v", "libx264", "-bf", "2"],
+        "mpeg4": ["-c:v", "mpeg4"],
+        "still": ["-c:v", "png", "-frames:v", "1"],
+        "commented": [*h264, "-metadata", "comment=a comment"],
+    }
+    for name, options in kinds.items():
+        yield name, [*source, *options]
+    yield "sound", ["-f", "lavfi", "-i", "anullsrc=r=8000:cl=mono", "-t", "0.05", "-c:a", "aac"]
+
+
+def damaged(data):
+    yield "cut", data[: len(data) * 2 // 3]
+    # Counts and sizes of tables made enormous: the four bytes in front of each table's entries.
+    for box in (b"stsz", b"stsc", b"stts", b"stco", b"ctts", b"trun", b"tkhd"):
+        at = data.find(box)
+        if at >= 0:
+            changed = bytearray(data)
+            changed[at + 12:at + 16] = b"\x7f\xff\xff\xff"
+            yield f"huge_{box.decode()}", bytes(changed)
+            changed = bytearray(data)
+            changed[at + 8:at + 12] = b"\x00\x00\x00\x01"
+            changed[at + 12:at + 16] = b"\x00\xff\xff\xff"
+            yield f"same_{box.decode()}", bytes(changed)
+
+
+def endless(data):
+    """One chunk of nine million pictures of a byte each: five thousand bytes that take minutes to walk through."""
+    pictures = struct.pack(">I", 9_000_000)
+    changed = bytearray(data)
+    at = changed.find(b"stsz")
+    changed[at + 8:at + 16] = struct.pack(">I", 1) + pictures
+    at = changed.find(b"stsc")
+    changed[at + 12:at + 24] = struct.pack(">I", 1) + pictures + struct.pack(">I", 1)
+    at = changed.find(b"stts")
+    changed[at + 12:at + 16] = pictures
+    return bytes(changed)
+
+
+def write_videos():
+    import subprocess
+    folder = corpus / "apsvideo"
+    folder.mkdir(parents=True, exist_ok=True)
+    for name, options in videos():
+        path = folder / name
+        subprocess.run(["ffmpeg", "-v", "error", "-y", *options, "-fflags", "+bitexact", "-f", "mp4", str(path)],
+                       check=True)
+        if name in ("plain", "fragments", "out_of_order"):
+            for kind, data in damaged(path.read_bytes()):
+                (folder / f"{name}_{kind}").write_bytes(data)
+        if name == "plain":
+            (folder / "plain_endless").write_bytes(endless(path.read_bytes()))
+    (folder / "empty").write_bytes(b"")
+    (folder / "text").write_bytes(b"This is no video.\n")
+
+
+def write_settings():
+    folder = corpus / "config"
+    folder.mkdir(parents=True, exist_ok=True)
+    plain = ("[Setting]\nlanguage=zh\ninput_raw_file_path=/tmp\noutput_raw_file_path=/\n"
+             "video_save_path=/usr\n")
+    texts = {
+        "empty": b"",
+        "plain": plain.encode(),
+        "twice": (plain + plain.replace("zh", "en")).encode(),
+        "other_language": b"[Setting]\nlanguage=xx\n",
+        "lists": b"[Setting]\nlanguage=en, zh\nvideo_save_path=/tmp, /usr\n",
+        "quotes": b'[Setting]\nlanguage="zh"\nvideo_save_path="/tmp/\\x4e2d\\n\\t\\\\"\n',
+        "broken_quotes": b'[Setting]\nlanguage="zh\nvideo_save_path=\\\n',
+        "variant": b"[Setting]\nlanguage=@Variant(\\0\\0\\0\\n\\0\\0\\0\\x4\\0z\\0h)\n",
+        "huge_variant": b"[Setting]\nlanguage=@Variant(\\0\\0\\0\\n\\x7f\\xff\\xff\\xf0\\0z\\0h)\n",
+        "list_variant": b"[Setting]\nlanguage=@Variant(\\0\\0\\0\\t\\x7f\\xff\\xff\\xff)\n",
+        "bytes": b"[Setting]\nlanguage=@ByteArray(zh)\noutput_raw_file_path=@Invalid()\n",
+        "no_group": b"language=zh\n",
+        "odd_group": b"[Setting\nlanguage=zh\n[]\nlanguage=zh\n[%General]\nx=1\n",
+        "nul": b"[Setting]\nlanguage=z\0h\nvideo_save_path=/tmp\0/x\n",
+        "latin": b"[Setting]\nvideo_save_path=/tmp/\xe4\xf6\xfc\n",
+        "binary": bytes(range(256)),
+    }
+    for name, text in texts.items():
+        (folder / name).write_bytes(text)
+
+
+def write_times():
+    folder = corpus / "rangetimes"
+    folder.mkdir(parents=True, exist_ok=True)
+    pairs = {
+        "all": ("0", "99968"), "one": ("64", "64"), "gap": ("65", "127"), "backwards": ("900", "100"),
+        "behind": ("100000", "200000"), "huge": ("0", "18446744073709551615"),
+        "too_huge": ("18446744073709551616", "99999999999999999999999"), "negative": ("-1", "-99"),
+        "letters": ("abc", "0x10"), "empty": ("", ""), "blanks": (" 64", "128 "), "zeros": ("00064", "000"),
+        "signs": ("+64", "+-5"), "fractions": ("1.5", "1e3"), "groups": ("1,000", "10 000"),
+        "other_digits": ("٦٤", "128"), "signed_limit": ("9223372036854775807", "9223372036854775808"),
+    }
+    for name, pair in pairs.items():
+        (folder / name).write_text("\n".join(pair), encoding="utf-8")
+
+
+write_videos()
+write_settings()
+write_times()

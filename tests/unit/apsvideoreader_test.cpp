@@ -4,6 +4,8 @@
 #include "tests/support/foreignvideo.h"
 #include "tests/unit/apsvideofixture.h"
 
+#include <QtEndian>
+
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -248,6 +250,37 @@ TEST_F(ApsVideoReaderTest, RefusesAFileWithoutAVideoStream)
 {
     ASSERT_TRUE(writeSoundOnly(path));
     expectRefused(path, "it holds no video stream");
+}
+
+TEST_F(ApsVideoReaderTest, AContainerThatListsMorePicturesThanItHasBytesIsRefusedAtOnce)
+{
+    // Nine million pictures of a byte each in one chunk: walking through them would take minutes.
+    ASSERT_TRUE(writeForeignVideo(path, 320, 180, 9, [](int k) { return 40 + k; }));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    QByteArray content = file.readAll();
+    const auto put = [&content](const char* table, qsizetype offset, std::initializer_list<quint32> numbers) {
+        qsizetype at = content.indexOf(table) + offset;
+        for (const quint32 number : numbers) {
+            qToBigEndian(number, content.data() + at);
+            at += 4;
+        }
+    };
+    ASSERT_TRUE(content.contains("stsz") && content.contains("stsc") && content.contains("stts"));
+    put("stsz", 8, {1, 9000000});
+    put("stsc", 12, {1, 9000000, 1});
+    put("stts", 12, {9000000});
+    file.seek(0);
+    file.write(content);
+    file.close();
+    const CapturedMessages messages;
+    QString error;
+    const auto reader = ApsVideoReader::open(localPath(), error);
+    ASSERT_TRUE(reader) << error.toStdString();
+    EXPECT_FALSE(reader->loadFile());
+    EXPECT_EQ(
+        messages.warnings(),
+        QStringList(path + QStringLiteral(": cannot be loaded: it lists more pictures than it has bytes")));
 }
 
 TEST_F(ApsVideoReaderTest, AVideoWithoutAPictureCannotBeLoaded)
