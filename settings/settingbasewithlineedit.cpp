@@ -87,6 +87,7 @@ void SettingBaseWithLineEdit::setValueChangedCallback(ValueChangedCallback callb
 
 void SettingBaseWithLineEdit::setLineEditBorderState(bool ok)
 {
+    refused = !ok;
     ui->le_kv_line_edit->setBorderColor(ok ? acceptedColour : refusedColour);
 }
 
@@ -140,6 +141,9 @@ bool SettingBaseWithLineEdit::eventFilter(QObject* watched, QEvent* event)
 
 void SettingBaseWithLineEdit::onFieldHovered(bool hovered)
 {
+    // Losing the focus greys the field.
+    if (!hovered && refused)
+        ui->le_kv_line_edit->setBorderColor(refusedColour);
     const bool pressing = QGuiApplication::mouseButtons() != Qt::NoButton;
     const bool listOpens = qobject_cast<QComboBox*>(QApplication::focusWidget()) != nullptr;
     if (hovered || !pressing || listOpens) {

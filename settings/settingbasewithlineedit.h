@@ -30,7 +30,8 @@ public:
     void setUnit(const std::string& unit);
     void setItemToolTip(const QString& text);
     void setValueChangedCallback(ValueChangedCallback callback);
-    /// Colours the field after a write that the camera accepted or refused.
+    /// Colours the field after a write that the camera accepted or refused. Refused it stays, also when the
+    /// focus comes and goes, until a write is accepted.
     void setLineEditBorderState(bool ok);
 
 signals:
@@ -55,5 +56,6 @@ private:
     int min = 0;
     int max = 0;
     ValueChangedCallback valueChangedCallback;
+    bool refused = false; ///< what the camera said last
     bool hidesOnRelease = false; ///< the slider goes when the mouse button that took the focus is released
 };

@@ -57,7 +57,7 @@ void addRegionOfInterest(StreamTools& tools, recording::Geometry geometry)
          QT_TRANSLATE_NOOP("CameraTools", "Delivers only the events of a window of the sensor."),
          Switch{},
          {}},
-        {"outside",
+        {"exclude",
          QT_TRANSLATE_NOOP("CameraTools", "Delivers the events outside the window instead."),
          Switch{},
          {}},
@@ -79,7 +79,7 @@ void addRegionOfInterest(StreamTools& tools, recording::Geometry geometry)
             return std::nullopt;
         const auto pixels = [](int number) { return static_cast<std::uint16_t>(number); };
         return RegionFilter::Settings{wanted.isOn("enable"),
-                                      wanted.isOn("outside"),
+                                      wanted.isOn("exclude"),
                                       {pixels(x), pixels(y), pixels(width), pixels(height)}};
     };
     tools.addFilter<RegionFilter>(ToolType::Roi, RegionFilter(), std::move(table), read,

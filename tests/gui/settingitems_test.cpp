@@ -283,6 +283,28 @@ TEST_F(LineEditItem, ARefusalWhileTypingHasTheLastWord)
     EXPECT_EQ(borderPixel(), refused);
 }
 
+TEST_F(LineEditItem, ARefusalIsSeenAfterTheFocusHasGone)
+{
+    SettingBaseWithLineEdit next("next");
+    window.put(next);
+    fill(0, 100, 50);
+    item.setValueChangedCallback([this](const std::string&, int value) {
+        item.setLineEditBorderState(value != 7);
+        return value != 7;
+    });
+    retype(u"7"_s);
+    child(next, "le_kv_line_edit").setFocus();
+    EXPECT_EQ(borderPixel(), refused);
+    // Passing through changes nothing.
+    field.setFocus();
+    EXPECT_EQ(borderPixel(), valid);
+    child(next, "le_kv_line_edit").setFocus();
+    EXPECT_EQ(borderPixel(), refused);
+    retype(u"8"_s);
+    child(next, "le_kv_line_edit").setFocus();
+    EXPECT_EQ(borderPixel(), accepted);
+}
+
 TEST_F(LineEditItem, TheUnitStandsInParentheses)
 {
     auto& unit = child<QLabel>(item, "lb_unit");

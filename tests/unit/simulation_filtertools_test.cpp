@@ -169,7 +169,7 @@ TEST(FilterTools, OnlyEventsInsideTheRegionArriveOrOutsideIt)
     EXPECT_NEAR(share(inside.size(), all.size()), 40.0 * 30.0 / (128.0 * 64.0), 0.03);
     EXPECT_TRUE(camera.next(10) == inside);
 
-    ASSERT_TRUE(roi.setBoolParameter("outside", true));
+    ASSERT_TRUE(roi.setBoolParameter("exclude", true));
     all = made(stripes(), 20, 10);
     EXPECT_TRUE(camera.next(10) == those(all, [](const Event2D& event) { return !insideTestWindow(event); }));
 }
