@@ -53,7 +53,7 @@ void DvsReadingLoop::run(const std::shared_ptr<korvane::DvsCamera>& camera, std:
             wait.waitFor(std::chrono::milliseconds(1000 / timing.frameRate.load()), state.filePlaying);
         }
         const auto elapsed = std::chrono::duration_cast<microseconds>(Clock::now() - t0);
-        const auto remaining = microseconds(timing.framePeriod.load()) - elapsed;
+        const auto remaining = microseconds(timing.frameStep.load()) - elapsed;
         if (remaining.count() > 0 && state.filePlaying)
             wait.waitFor(remaining, state.filePlaying);
         if (!camera->isConnected()) {

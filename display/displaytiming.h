@@ -7,7 +7,7 @@
 struct DisplayTiming
 {
     std::atomic<std::int16_t> frameRate{33}; ///< frames a second
-    std::atomic<std::uint64_t> framePeriod{30303}; ///< microseconds, 1000000 / frameRate
+    std::atomic<std::uint64_t> frameStep{30303}; ///< microseconds, 1000000 / frameRate
     std::atomic<std::uint64_t> accumulationTime{33333}; ///< microseconds of events in one picture
 
     /// Takes a frame rate over; false, with nothing changed, for one below 1.
@@ -17,7 +17,7 @@ struct DisplayTiming
         if (rate < 1 || rate > highest)
             return false;
         frameRate = static_cast<std::int16_t>(rate);
-        framePeriod = 1'000'000u / static_cast<unsigned>(rate);
+        frameStep = 1'000'000u / static_cast<unsigned>(rate);
         return true;
     }
 };

@@ -85,7 +85,7 @@ void DvsPlayer::nextClicked()
     if (!batch)
         return;
     frames.addEvents(batch->data(), batch->data() + batch->size());
-    seek(current + timing.framePeriod);
+    seek(current + timing.frameStep);
     emit triggerEventsToShow();
     showPosition(position.fileCurTs);
 }
@@ -97,7 +97,7 @@ void DvsPlayer::previousClicked()
     if (state.filePlaying)
         stopPlaying();
     const std::uint64_t start = rangeStart();
-    const std::uint64_t earlier = position.fileCurTs - timing.framePeriod;
+    const std::uint64_t earlier = position.fileCurTs - timing.frameStep;
     // Before the first step this wraps to a time that the reader refuses.
     const std::uint64_t time = earlier >= start ? earlier : start;
     korvane::DvsFileReader::Events batch;

@@ -50,7 +50,7 @@ DvsPlayLoop::Tick DvsPlayLoop::tick(std::uint64_t session)
     const std::uint64_t seek = position.seeks;
     std::uint64_t current = position.fileCurTs;
     const auto signedCurrent = static_cast<std::int64_t>(current);
-    const auto frameStep = static_cast<std::int64_t>(timing.framePeriod.load());
+    const auto frameStep = static_cast<std::int64_t>(timing.frameStep.load());
 
     korvane::DvsFileReader::Events batch;
     std::uint64_t reached = current;

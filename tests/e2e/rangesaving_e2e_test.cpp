@@ -78,6 +78,21 @@ TEST_F(RangeSavingStory, PointsSetWithTheMouseAreCutOpenedAndExported)
     EXPECT_EQ(timeline()->centerValue(), before + 30303);
 }
 
+TEST_F(RangeSavingStory, ABrokenVideoBesideARecordingIsNamedOnTheScreen)
+{
+    const QString broken = folder + u"/broken.raw"_s;
+    ASSERT_TRUE(QFile::copy(path, broken));
+    ASSERT_TRUE(evt::writeFile(folder + u"/broken.mp4"_s, "This is no video.", {}));
+    window->openRecording(broken);
+    ASSERT_TRUE(wait([] { return !toasts().isEmpty(); }));
+    EXPECT_TRUE(toasts().contains(u"Load fusion file failed: broken.raw"_s))
+        << toasts().join(u'|').toStdString();
+    EXPECT_FALSE(button("pb_play")->isChecked());
+    // Another recording opens after it.
+    openPaused(path);
+    EXPECT_EQ(timeline()->maximum(), 2'999'000u);
+}
+
 TEST_F(RangeSavingStory, PlaybackStopsForTheDialogAndStaysStopped)
 {
     window->openRecording(path);

@@ -65,7 +65,7 @@ TEST_F(LiveSessionTest, StoppedNothingIsReadAnyMore)
 TEST_F(LiveSessionTest, AStopDuringTheLongestWaitComesBackAtOnce)
 {
     const auto camera = openCamera();
-    timing.framePeriod = 3'600'000'000; // an hour
+    timing.frameStep = 3'600'000'000; // an hour
     camera->push({{1, 1, 1, 9}});
     ASSERT_TRUE(wait([this] { return eventsToShow > 0; }));
     const auto begin = std::chrono::steady_clock::now();
@@ -127,7 +127,7 @@ TEST_F(LiveSessionTest, ALostCameraStopsTheViewAndCannotBeStartedAgain)
 TEST_F(LiveSessionTest, APressBeforeTheLossIsNoticedLeavesTheButtonAsItWas)
 {
     const auto camera = openCamera();
-    timing.framePeriod = 3'600'000'000; // the loop does not look at the camera for an hour
+    timing.frameStep = 3'600'000'000; // the loop does not look at the camera for an hour
     camera->push({{1, 1, 1, 9}});
     ASSERT_TRUE(wait([this] { return eventsToShow > 0; }));
     ASSERT_TRUE(play.isChecked());

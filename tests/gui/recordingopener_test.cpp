@@ -218,13 +218,13 @@ TEST_F(RecordingOpenerTest, WhatIsNoRecordingIsLeftAloneWithALogLine)
     ASSERT_TRUE(evt::writeFile(empty, "", {}));
     for (const QString& path : {text, empty, folder, folder + QStringLiteral("/missing.raw")}) {
         const CapturedMessages messages;
+        log.clear();
         opener->openRecording(path);
         EXPECT_EQ(messages.debug().count(QStringLiteral("not raw file.")), 1) << path.toStdString();
         EXPECT_EQ(state.playMode, ModeNone);
         EXPECT_FALSE(player->hasRecording());
         EXPECT_FALSE(play.isChecked());
-        EXPECT_FALSE(log.contains("opened"));
-        EXPECT_FALSE(log.contains("live UI 0"));
+        EXPECT_EQ(log.lines(), (Lines{"source about to change, mode 0"})) << "no message, nothing opened";
     }
 }
 
@@ -417,6 +417,8 @@ protected:
         RecordingOpenerTest::SetUp();
         opener->setFusionLoader([this](const std::string& path) {
             loader = QThread::currentThread();
+            if (onLoad)
+                onLoad();
             log.add("load fusion " + path + ", mode " + std::to_string(state.playMode));
             return loads;
         });
@@ -437,6 +439,7 @@ protected:
 
     bool loads = true;
     QThread* loader = nullptr;
+    std::function<void()> onLoad; ///< called on the loading thread
 };
 
 TEST_F(RecordingOpenerFusionTest, AVideoOfTheSameNameMakesItAFusionRecordingThatPlaysAtOnce)
@@ -453,6 +456,25 @@ TEST_F(RecordingOpenerFusionTest, AVideoOfTheSameNameMakesItAFusionRecordingThat
     EXPECT_NE(loader, QApplication::instance()->thread());
     EXPECT_EQ(config.input_raw_file_path, folder);
     EXPECT_FALSE(player->hasRecording());
+}
+
+TEST_F(RecordingOpenerFusionTest, TheLoadRunsBehindTheSpinner)
+{
+    std::binary_semaphore spinnerSeen(0);
+    onLoad = [&] { EXPECT_TRUE(spinnerSeen.try_acquire_for(std::chrono::seconds(30))); };
+    ScriptedPerson person([&](QWidget& modal) {
+        if (!qobject_cast<WaitingWin*>(&modal))
+            return false;
+        EXPECT_FALSE(log.contains("opened"));
+        spinnerSeen.release();
+        return true;
+    });
+    const QString path = copyOfBar(QStringLiteral("fusion.raw"));
+    put(QStringLiteral("fusion.mp4"));
+    opener->openRecording(path);
+    EXPECT_TRUE(person.isDone());
+    EXPECT_TRUE(log.contains("opened"));
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
 TEST_F(RecordingOpenerFusionTest, OnlyTheLastSuffixIsReplacedInTheVideosName)

@@ -273,8 +273,12 @@ TEST_F(SideBarsTest, ThePanelsLetGoOfTheToolsWhenTheyEnd)
 TEST_F(SideBarsTest, ARecordingEmptiesThePanels)
 {
     openCamera();
+    auto* const frameRate = frame.findChild<QWidget*>(u"widget_combobox_frame_rate"_s);
+    ASSERT_NE(frameRate, nullptr);
+    frameRate->setEnabled(false);
     const CapturedMessages messages;
     bars->recordingOpened();
+    EXPECT_TRUE(frameRate->isEnabled()) << "a recording is played at any rate";
     EXPECT_EQ(
         messages.debug(),
         QStringList({u"camera device is null ."_s, u"Camera tool is null ."_s, u"camera device is null ."_s,
@@ -298,10 +302,10 @@ TEST_F(SideBarsTest, AFrameRateReachesTheTiming)
 {
     emit cameraPanel().signalFpsChanged(150);
     EXPECT_EQ(timing.frameRate, 150);
-    EXPECT_EQ(timing.framePeriod, 6666U);
+    EXPECT_EQ(timing.frameStep, 6666U);
     emit cameraPanel().signalFpsChanged(30'000);
     EXPECT_EQ(timing.frameRate, 30'000);
-    EXPECT_EQ(timing.framePeriod, 33U);
+    EXPECT_EQ(timing.frameStep, 33U);
 }
 
 TEST_F(SideBarsTest, AFrameRateOfZeroIsHeldAtTheLastOneAndLogged)
@@ -311,7 +315,7 @@ TEST_F(SideBarsTest, AFrameRateOfZeroIsHeldAtTheLastOneAndLogged)
     for (const uint32_t impossible : {0U, 40'000U}) {
         emit cameraPanel().signalFpsChanged(impossible);
         EXPECT_EQ(timing.frameRate, 60);
-        EXPECT_EQ(timing.framePeriod, 16'666U);
+        EXPECT_EQ(timing.frameStep, 16'666U);
     }
     EXPECT_EQ(messages.debug(),
               QStringList({u"Frame rate 0 is not possible, it stays at 60"_s,

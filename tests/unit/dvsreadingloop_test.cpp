@@ -30,7 +30,7 @@ protected:
         camera->logsReading = true;
         // Short waits, so that a test without a clock in it is quick.
         timing.frameRate = 1000;
-        timing.framePeriod = 1000;
+        timing.frameStep = 1000;
     }
     ~DvsReadingLoopTest() override { loop.reset(); }
 
@@ -143,7 +143,7 @@ TEST_F(DvsReadingLoopTest, SetsTheRunningFlagAndANewSessionAtStartAndClearsItAtS
 TEST_F(DvsReadingLoopTest, AfterABatchItWaitsAThousandMillisecondsThroughTheFrameRate)
 {
     timing.frameRate = 15; // 66 ms
-    timing.framePeriod = 1;
+    timing.frameStep = 1;
     noteTimesOfReads();
     camera->push(batch(1, 1));
     make().start(camera);
@@ -155,7 +155,7 @@ TEST_F(DvsReadingLoopTest, AfterABatchItWaitsAThousandMillisecondsThroughTheFram
 TEST_F(DvsReadingLoopTest, WithoutABatchOnlyTheFramePeriodPaces)
 {
     timing.frameRate = 1; // a second
-    timing.framePeriod = 20'000;
+    timing.frameStep = 20'000;
     noteTimesOfReads();
     make().start(camera);
     awaitReads(12);
@@ -171,7 +171,7 @@ TEST_F(DvsReadingLoopTest, WithoutABatchOnlyTheFramePeriodPaces)
 TEST_F(DvsReadingLoopTest, TheRestOfAFramePeriodIsWaitedForAfterABatchToo)
 {
     timing.frameRate = 1000; // a millisecond
-    timing.framePeriod = 50'000;
+    timing.frameStep = 50'000;
     noteTimesOfReads();
     camera->push(batch(1, 1));
     make().start(camera);
@@ -185,7 +185,7 @@ TEST_F(DvsReadingLoopTest, AFramePeriodSetMeanwhileActsFromTheNextReadOn)
     noteTimesOfReads();
     make().start(camera);
     awaitReads(1);
-    timing.framePeriod = 40'000;
+    timing.frameStep = 40'000;
     const auto reads = log.count("cam getNextEventBatch");
     awaitReads(reads + 2);
     loop->stop();
@@ -196,7 +196,7 @@ TEST_F(DvsReadingLoopTest, AStopEndsEitherWaitAtOnce)
 {
     for (const bool withBatch : {false, true}) {
         timing.frameRate = 1;
-        timing.framePeriod = 3'600'000'000; // an hour
+        timing.frameStep = 3'600'000'000; // an hour
         if (withBatch)
             camera->push(batch(1, 1));
         make().start(camera);
@@ -213,7 +213,7 @@ TEST_F(DvsReadingLoopTest, AStopEndsEitherWaitAtOnce)
 
 TEST_F(DvsReadingLoopTest, AStopRightAfterTheStartIsNotLost)
 {
-    timing.framePeriod = 3'600'000'000;
+    timing.frameStep = 3'600'000'000;
     make();
     for (int i = 0; i < 300; ++i) {
         loop->start(camera);
@@ -241,7 +241,7 @@ TEST_F(DvsReadingLoopTest, ALostCameraClearsTheFlagTellsItsSessionOnceAndEndsThe
 TEST_F(DvsReadingLoopTest, ACameraLostWhileItIsStoppedTellsNobody)
 {
     CapturedMessages messages;
-    timing.framePeriod = 3'600'000'000;
+    timing.frameStep = 3'600'000'000;
     make().start(camera);
     awaitReads(1);
     state.filePlaying = false;
@@ -267,7 +267,7 @@ TEST_F(DvsReadingLoopTest, StartingAgainJoinsAThreadThatEndedByItself)
 
 TEST_F(DvsReadingLoopTest, StartingWhileItRunsReplacesTheCameraThatIsRead)
 {
-    timing.framePeriod = 3'600'000'000;
+    timing.frameStep = 3'600'000'000;
     make().start(camera);
     awaitReads(1);
     const auto other = std::make_shared<ScriptedCamera>("other", log);
@@ -289,7 +289,7 @@ TEST_F(DvsReadingLoopTest, HoldsTheCameraNoLongerThanItReads)
 
 TEST_F(DvsReadingLoopTest, ItsEndStopsAndJoins)
 {
-    timing.framePeriod = 3'600'000'000;
+    timing.frameStep = 3'600'000'000;
     make().start(camera);
     awaitReads(1);
     loop.reset();
