@@ -24,7 +24,7 @@ std::shared_ptr<ParameterTool> makeApsTool(std::shared_ptr<Handover<ApsParameter
     std::vector<ToolParameter> table{
         {exposure, QT_TRANSLATE_NOOP("CameraTools", "How long each picture gathers light. Longer: brighter."),
          Integer{ApsParameters::shortestExposureUs, ApsParameters::longestExposureUs, standard.exposureUs},
-         "us"},
+         "µs"},
         {gain, QT_TRANSLATE_NOOP("CameraTools", "Amplifies the picture. 6 dB act like twice the exposure."),
          Integer{0, ApsParameters::greatestGainDb, standard.gainDb}, "dB"},
         {blackLevel,

@@ -1,9 +1,12 @@
 #include "mainwindow/mainwidget.h"
 
+#include "camera/simulation/simulatedbackend.h"
 #include "tests/gui/mainwindowfixture.h"
 #include "widgets/kvtooltip.h"
 
 #include <QFontMetrics>
+#include <QLineEdit>
+#include <QScrollArea>
 #include <QTranslator>
 #include <gtest/gtest.h>
 
@@ -45,6 +48,14 @@ protected:
         // The rectangle is rounded outwards.
         EXPECT_LE(metrics.tightBoundingRect(text).height() - 1, room.height()) << name;
     }
+    static bool isScrolled(const QWidget* widget)
+    {
+        for (const QWidget* one = widget; one; one = one->parentWidget()) {
+            if (qobject_cast<const QScrollArea*>(one->parentWidget()))
+                return true;
+        }
+        return false;
+    }
     void expectNothingClipped()
     {
         for (const QLabel* const label : window->findChildren<QLabel*>()) {
@@ -61,8 +72,11 @@ protected:
             if (!widget->isVisible() || widget->isWindow() || widget->window() != window.get())
                 continue;
             const QRect inWindow(widget->mapTo(window.get(), QPoint()), widget->size());
-            const bool scrolled = widget->visibleRegion().isEmpty();
+            // What is scrolled may go on below.
+            const bool scrolled = widget->visibleRegion().isEmpty() || isScrolled(widget);
             EXPECT_TRUE(scrolled || window->rect().contains(inWindow)) << widget->objectName().toStdString();
+            EXPECT_GE(inWindow.left(), 0) << widget->objectName().toStdString();
+            EXPECT_LE(inWindow.right(), window->rect().right()) << widget->objectName().toStdString();
         }
         EXPECT_LE(window->minimumSizeHint().width(), window->width());
         EXPECT_LE(window->minimumSizeHint().height(), window->height());
@@ -89,6 +103,37 @@ TEST_P(MainWindowTextsTest, NothingIsClippedMaximised)
     QCoreApplication::processEvents();
     EXPECT_GT(window->width(), window->minimumWidth());
     expectNothingClipped();
+}
+
+TEST_P(MainWindowTextsTest, NothingIsClippedInThePanelsOfACamera)
+{
+    const auto cameras = std::make_shared<korvane::simulation::SimulatedBackend>();
+    korvane::registerBackend(cameras);
+    // The kind that fills all of the panels.
+    window->openCamera(u"PEL-000001"_s);
+    const auto folds = [this] { return find("frame_setting").findChildren<QPushButton*>(u"pb_fold"_s); };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return folds().size() >= 8; }, 20000));
+    for (const char* const panel : {"pb_fold_setting", "pb_fold_dvs_setting", "pb_fold_aps_setting"}) {
+        if (!button(panel).isChecked())
+            click(panel);
+        for (QPushButton* const fold : folds()) {
+            if (fold->isVisible())
+                fold->click();
+        }
+        QCoreApplication::processEvents();
+        expectNothingClipped();
+        int fields = 0;
+        for (const QLineEdit* const field : find("frame_setting").findChildren<QLineEdit*>()) {
+            if (!field->isVisible())
+                continue;
+            ++fields;
+            // Qt keeps two pixels on either side of the text.
+            expectRoom(*field, field->text(), field->contentsRect().size() - QSize(4, 0));
+        }
+        EXPECT_GE(fields, 2) << panel;
+    }
+    window.reset();
+    korvane::unregisterBackend(cameras);
 }
 
 TEST_P(MainWindowTextsTest, EveryMenuEntryFitsItsMenu)

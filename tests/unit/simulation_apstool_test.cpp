@@ -86,7 +86,7 @@ TEST(ApsTool, HasFourParametersThatThePanelShows)
     EXPECT_EQ(exposure.minimum, 10);
     EXPECT_EQ(exposure.maximum, 33000);
     EXPECT_EQ(exposure.value, 10000);
-    EXPECT_EQ(exposure.unit, "us");
+    EXPECT_EQ(exposure.unit, "µs");
     IntParameterInfo gain;
     ASSERT_TRUE(tool->getIntParameterInfo("gain", gain));
     EXPECT_EQ(gain.unit, "dB");
