@@ -120,7 +120,8 @@ bool KvToolTip::eventFilter(QObject* obj, QEvent* ev)
             onEnter(*target);
         else if (ev->type() == QEvent::Leave)
             onLeave();
-        else if (ev->type() == QEvent::Hide)
+        else if (ev->type() == QEvent::Hide || ev->type() == QEvent::Wheel)
+            // What scrolls away from under the pointer is not told that the pointer has left.
             dismiss();
     }
     return QDialog::eventFilter(obj, ev);

@@ -6,6 +6,7 @@
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWheelEvent>
 #include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -117,6 +118,33 @@ TEST_F(KvToolTipTest, GoesWithItsTarget)
     EXPECT_FALSE(destroyed.isVisible());
     window.hide();
     EXPECT_FALSE(hidden.isVisible());
+}
+
+TEST_F(KvToolTipTest, GoesWhenTheWheelScrollsItsTargetAway)
+{
+    KvToolTip shown(u"Play"_s, 0, &window);
+    KvToolTip due(u"Play"_s, 0, &window);
+    KvToolTip witness(u"Play"_s, 0, &window);
+    auto* neighbour = new QWidget(&window);
+    auto* third = new QWidget(&window);
+    shown.setTarget(button);
+    due.setTarget(neighbour);
+    witness.setTarget(third);
+    const auto turnWheelOver = [](QWidget& widget) {
+        const QPointF place(widget.rect().center());
+        QWheelEvent event(place, widget.mapToGlobal(place), QPoint(), QPoint(0, -120), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&widget, &event);
+    };
+    enter(*button);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return shown.isVisible(); }, 4000));
+    turnWheelOver(*button);
+    EXPECT_FALSE(shown.isVisible());
+    enter(*neighbour);
+    turnWheelOver(*neighbour);
+    enter(*third);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return witness.isVisible(); }, 4000));
+    EXPECT_FALSE(due.isVisible());
 }
 
 TEST_F(KvToolTipTest, ANewTargetReplacesTheOldOne)
