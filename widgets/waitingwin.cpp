@@ -2,8 +2,21 @@
 
 #include "ui_waitingwin.h"
 
+#include <QEvent>
 #include <QMovie>
+#include <QTimer>
 #include <QWindow>
+
+#include <chrono>
+
+namespace {
+
+// A quick job ends while the dialog before it still hands the keyboard back. Were the spinner gone by then,
+// Qt would take the main window, which has the keyboard again, for one without it; so it waits for its own
+// turn, though not for a window manager that gives it none.
+constexpr std::chrono::milliseconds longestActivation{2000};
+
+} // namespace
 
 WaitingWin::WaitingWin(QWidget* anchorWidget)
     : QDialog(nullptr), ui(std::make_unique<Ui::WaitingWin>()), anchor(anchorWidget)
@@ -43,7 +56,18 @@ int WaitingWin::exec()
 void WaitingWin::jobDone()
 {
     jobEnded = true;
-    close();
+    if (!isVisible() || isActiveWindow())
+        close();
+    else
+        QTimer::singleShot(longestActivation, this, &QWidget::close);
+}
+
+bool WaitingWin::event(QEvent* event)
+{
+    const bool handled = QDialog::event(event);
+    if (event->type() == QEvent::WindowActivate && jobEnded)
+        QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+    return handled;
 }
 
 void WaitingWin::reject()

@@ -27,12 +27,13 @@ public:
     int exec() override;
 
 public slots:
-    /// The job has ended: close.
+    /// The job has ended: close, at the latest as soon as a window manager has activated the spinner.
     void jobDone();
     /// Escape and every close; refused while the job runs.
     void reject() override;
 
 protected:
+    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:

@@ -57,6 +57,43 @@ TEST(WaitingWin, AJobOnAnotherThreadEndsIt)
     EXPECT_TRUE(shown);
 }
 
+TEST(WaitingWin, AQuickJobLeavesItOpenUntilItHasHadItsTurnWithTheKeyboard)
+{
+    WaitingWin spinner(nullptr);
+    bool turn = false;
+    bool early = false;
+    // As the window opens; the window system activates it afterwards.
+    QTimer::singleShot(0, &spinner, [&] {
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
+        ASSERT_FALSE(spinner.isActiveWindow());
+        spinner.jobDone();
+        QCoreApplication::processEvents();
+        early = !spinner.isVisible();
+        spinner.activateWindow();
+        turn = QTest::qWaitFor([&] { return !spinner.isVisible(); });
+    });
+    spinner.exec();
+    EXPECT_FALSE(early);
+    EXPECT_TRUE(turn);
+}
+
+TEST(WaitingWin, AQuickJobEndsItAlsoWhereItNeverGetsTheKeyboard)
+{
+    WaitingWin spinner(nullptr);
+    QWidget other;
+    QTimer::singleShot(0, &spinner, [&] {
+        other.show();
+        other.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
+        spinner.jobDone();
+    });
+    spinner.exec();
+    EXPECT_FALSE(spinner.isVisible());
+}
+
 TEST(WaitingWin, IgnoresEscapeAndCloseUntilTheJobEnded)
 {
     WaitingWin spinner(nullptr);
