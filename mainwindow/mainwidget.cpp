@@ -8,6 +8,7 @@
 #include "display/showimageform.h"
 #include "mainwindow/decorations.h"
 #include "mainwindow/menuactions.h"
+#include "mainwindow/nativeposition.h"
 #include "mainwindow/sidebars.h"
 #include "mainwindow/windowground.h"
 #include "mainwindow/windowkeys.h"
@@ -24,8 +25,6 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QStyle>
-#include <QTimer>
-#include <QWindow>
 
 #include <QWKWidgets/widgetwindowagent.h>
 
@@ -40,6 +39,7 @@ MainWidget::MainWidget(QWidget* parent)
     setUpFrame();
     new WindowGround(this);
     new WindowKeys(this);
+    new NativePosition(this);
     fusionProcessor = std::make_unique<KvFusionCameraDataProcessor>();
     timeSlider = new KvThreeHandleSlider(nullptr, 1, 1);
     timeSlider->setObjectName(QStringLiteral("time_slider"));
@@ -481,14 +481,4 @@ void MainWidget::showEvent(QShowEvent* event)
         const QSize available = screen->availableSize();
         move(available.width() / 2 - width() / 2, available.height() / 2 - height() / 2);
     }
-    QTimer::singleShot(100, this, &MainWidget::settleNativePosition);
-}
-
-void MainWidget::settleNativePosition()
-{
-    // Under X11 a window manager that takes the window over where it stands leaves Qt with the position
-    // inside the manager's own frame, the origin: menus would open at the screen's corner.
-    QWindow* const native = windowHandle();
-    if (native && !isMaximized() && native->position() != pos())
-        native->setPosition(pos());
 }

@@ -110,7 +110,6 @@ private:
     void connectFusion();
     void releaseSources();
     void showRunning();
-    void settleNativePosition();
     void setViewerType(korvane::STREAM_TYPE type);
 
     std::unique_ptr<Ui::Widget> ui;
