@@ -1,5 +1,7 @@
 #include "camera/simulation/regionfilter.h"
 
+#include <cstring>
+
 namespace korvane::simulation {
 
 std::size_t RegionFilter::filter(Event2D* events, std::size_t count) const
@@ -12,9 +14,9 @@ std::size_t RegionFilter::filter(Event2D* events, std::size_t count) const
     const unsigned turned = settings.outside ? 1 : 0;
     std::size_t kept = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        const Event2D event = events[i];
+        const Event2D& event = events[i];
         const unsigned within = (event.x - left < width ? 1U : 0U) & (event.y - top < height ? 1U : 0U);
-        events[kept] = event;
+        std::memmove(events + kept, events + i, sizeof(Event2D));
         kept += within ^ turned;
     }
     return kept;
