@@ -174,9 +174,6 @@ void SettingBaseWithLineEdit::finishEditing()
     const QString held = QString::number(ui->horizontalSlider->value());
     if (ui->le_kv_line_edit->text() != held)
         ui->le_kv_line_edit->setText(held);
-    // The field has just put on the colour of one that is at rest.
-    if (isRefused)
-        ui->le_kv_line_edit->setBorderColor(refusedColour);
 }
 
 void SettingBaseWithLineEdit::step(int value)

@@ -57,6 +57,5 @@ private:
     int max = 0;
     ValueChangedCallback valueChangedCallback;
     bool refused = false; ///< what the camera said last
-    bool isRefused = false; ///< what the camera said last
     bool hidesOnRelease = false; ///< the slider goes when the mouse button that took the focus is released
 };

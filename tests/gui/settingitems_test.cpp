@@ -305,19 +305,6 @@ TEST_F(LineEditItem, ARefusalIsSeenAfterTheFocusHasGone)
     EXPECT_EQ(borderPixel(), accepted);
 }
 
-TEST_F(LineEditItem, ARefusalIsSeenUntilAWriteIsAccepted)
-{
-    fill(0, 100, 50);
-    item.setLineEditBorderState(false);
-    field.setFocus();
-    field.clearFocus();
-    EXPECT_EQ(borderPixel(), refused) << "the field was only passed through";
-    field.setFocus();
-    item.setLineEditBorderState(true);
-    field.clearFocus();
-    EXPECT_EQ(borderPixel(), accepted);
-}
-
 TEST_F(LineEditItem, TheUnitStandsInParentheses)
 {
     auto& unit = child<QLabel>(item, "lb_unit");
