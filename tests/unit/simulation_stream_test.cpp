@@ -1,3 +1,5 @@
+#include "camera/simulation/lamplayer.h"
+#include "camera/simulation/layerimage.h"
 #include "camera/simulation/noisesource.h"
 #include "camera/simulation/pixelkernels.h"
 #include "camera/simulation/random.h"
@@ -261,6 +263,39 @@ TEST(SimulatedScenes, WhatIsSaidToBeAtRestHardlyChangesAndFramesJoin)
         // A sixth of the usual threshold.
         EXPECT_LE(atRest, 85);
         EXPECT_LE(between, 20);
+    }
+}
+
+TEST(SimulatedScenes, ALampSwingsAHundredTimesASecondAndRestsWhileItsTimeDoes)
+{
+    LampLayer lamp({160.0, 72.0}, 15.0, 1280);
+    std::vector<std::uint8_t> bits(20);
+    const auto coverAt = [&](double before, double after) {
+        lamp.glow(before, after);
+        EXPECT_TRUE(lamp.beginRow(72));
+        lamp.cover(bits.data(), 20);
+        EXPECT_EQ(std::count(bits.begin(), bits.end(), 0), 19);
+        return bits[2];
+    };
+    EXPECT_EQ(coverAt(0.5, 0.5) & Cover::strong, 0);
+    EXPECT_EQ(lamp.steps(), 1);
+    EXPECT_NE(coverAt(0.0, 0.016) & Cover::strong, 0);
+    EXPECT_EQ(lamp.steps(), Scene::framePoints);
+    EXPECT_FALSE(lamp.beginRow(30));
+    EXPECT_FALSE(lamp.beginRow(110));
+
+    ASSERT_TRUE(lamp.beginRow(72));
+    const auto lightAt = [&lamp](double seconds, int pixel) {
+        std::array<std::int16_t, segmentWidth> light{};
+        lamp.glow(seconds, seconds);
+        lamp.draw(2, 0, false, light.data());
+        return light[static_cast<std::size_t>(pixel)];
+    };
+    const int centre = 160 - 2 * segmentWidth;
+    for (const double time : {0.0, 0.12, 3600.0}) {
+        EXPECT_NEAR(lightAt(time, centre), lightAt(time + 0.01, centre), 2);
+        EXPECT_GT(lightAt(time + 0.0025, centre), lightAt(time + 0.0075, centre) + logUnits / 4);
+        EXPECT_EQ(lightAt(time + 0.0025, 5), 0) << "beside it";
     }
 }
 
