@@ -56,6 +56,11 @@ void SettingItemBox::setFold(bool folded)
     ui->pb_fold->setChecked(folded);
 }
 
+QWidget* SettingItemBox::itemParent() const
+{
+    return ui->widget_container;
+}
+
 void SettingItemBox::on_pb_fold_clicked(bool checked)
 {
     applyFold(checked);

@@ -26,6 +26,8 @@ public:
     /// then on.
     void insertItem(QWidget* item, int index);
     void setFold(bool folded);
+    /// What items are children of once they are added; they may be from the beginning.
+    QWidget* itemParent() const;
 
 private slots:
     void on_pb_fold_clicked(bool checked);

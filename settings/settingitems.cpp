@@ -6,7 +6,6 @@
 #include "widgets/saturate.h"
 
 using korvane::BasicParameterInfo;
-using korvane::CameraTool;
 
 namespace {
 
@@ -23,13 +22,13 @@ int wholePart(float value)
 } // namespace
 
 std::unique_ptr<SettingBaseWithLineEdit>
-makeIntegerItem(CameraTool& tool, const std::string& name, const BasicParameterInfo& parameter,
+makeIntegerItem(const SettingSection& section, const std::string& name, const BasicParameterInfo& parameter,
                 const std::function<int(const korvane::IntParameterInfo&)>& initialValue)
 {
     korvane::IntParameterInfo info;
-    if (parameter.kind != BasicParameterInfo::Integer || !tool.getIntParameterInfo(name, info))
+    if (parameter.kind != BasicParameterInfo::Integer || !section.tool->getIntParameterInfo(name, info))
         return nullptr;
-    auto item = std::make_unique<SettingBaseWithLineEdit>(name);
+    auto item = std::make_unique<SettingBaseWithLineEdit>(name, section.box->itemParent());
     item->setItemToolTip(descriptionOf(parameter));
     item->setRange(info.minimum, info.maximum);
     item->setValue(initialValue(info));
@@ -37,13 +36,13 @@ makeIntegerItem(CameraTool& tool, const std::string& name, const BasicParameterI
     return item;
 }
 
-std::unique_ptr<SettingBaseWithLineEdit> makeFloatItem(CameraTool& tool, const std::string& name,
+std::unique_ptr<SettingBaseWithLineEdit> makeFloatItem(const SettingSection& section, const std::string& name,
                                                        const BasicParameterInfo& parameter)
 {
     korvane::FloatParameterInfo info;
-    if (parameter.kind != BasicParameterInfo::Float || !tool.getFloatParameterInfo(name, info))
+    if (parameter.kind != BasicParameterInfo::Float || !section.tool->getFloatParameterInfo(name, info))
         return nullptr;
-    auto item = std::make_unique<SettingBaseWithLineEdit>(name);
+    auto item = std::make_unique<SettingBaseWithLineEdit>(name, section.box->itemParent());
     item->setItemToolTip(descriptionOf(parameter));
     item->setRange(wholePart(info.minimum), wholePart(info.maximum));
     item->setValue(wholePart(info.value));
@@ -52,25 +51,25 @@ std::unique_ptr<SettingBaseWithLineEdit> makeFloatItem(CameraTool& tool, const s
 }
 
 std::unique_ptr<SettingBaseWithSwitchButton>
-makeSwitchItem(CameraTool& tool, const std::string& name, const BasicParameterInfo& parameter,
+makeSwitchItem(const SettingSection& section, const std::string& name, const BasicParameterInfo& parameter,
                const std::function<bool(const korvane::BoolParameterInfo&)>& initialState)
 {
     korvane::BoolParameterInfo info;
-    if (parameter.kind != BasicParameterInfo::Boolean || !tool.getBoolParameterInfo(name, info))
+    if (parameter.kind != BasicParameterInfo::Boolean || !section.tool->getBoolParameterInfo(name, info))
         return nullptr;
-    auto item = std::make_unique<SettingBaseWithSwitchButton>(name);
+    auto item = std::make_unique<SettingBaseWithSwitchButton>(name, section.box->itemParent());
     item->setItemToolTip(descriptionOf(parameter));
     item->setSwitchChecked(initialState(info));
     return item;
 }
 
-std::unique_ptr<SettingBaseWithComboBox> makeComboItem(CameraTool& tool, const std::string& name,
+std::unique_ptr<SettingBaseWithComboBox> makeComboItem(const SettingSection& section, const std::string& name,
                                                        const BasicParameterInfo& parameter)
 {
     korvane::EnumParameterInfo info;
-    if (parameter.kind != BasicParameterInfo::Enumeration || !tool.getEnumParameterInfo(name, info))
+    if (parameter.kind != BasicParameterInfo::Enumeration || !section.tool->getEnumParameterInfo(name, info))
         return nullptr;
-    auto item = std::make_unique<SettingBaseWithComboBox>(name);
+    auto item = std::make_unique<SettingBaseWithComboBox>(name, section.box->itemParent());
     item->setItemToolTip(descriptionOf(parameter));
     for (const std::string& option : info.options)
         item->addComboItem(QString::fromStdString(option));

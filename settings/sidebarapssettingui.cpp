@@ -16,11 +16,11 @@ void SidebarApsSettingUI::setApsToolUI(std::shared_ptr<korvane::CameraTool> tool
                                          "camera aps infos is null .");
     for (const auto& [name, parameter] : parameters) {
         const auto asReported = [](const korvane::BoolParameterInfo& info) { return info.value; };
-        if (auto item = makeSwitchItem(*aps.tool, name, parameter, asReported)) {
+        if (auto item = makeSwitchItem(aps, name, parameter, asReported)) {
             connect(item.get(), &SettingBaseWithSwitchButton::signalItemValueChanged, this,
                     &SidebarApsSettingUI::onApsBoolValueChanged);
             aps.box->addItem(item.release());
-        } else if (auto number = makeIntegerItem(*aps.tool, name, parameter)) {
+        } else if (auto number = makeIntegerItem(aps, name, parameter)) {
             connect(number.get(), &SettingBaseWithLineEdit::signalItemValueChanged, this,
                     &SidebarApsSettingUI::onApsSliderValueChanged);
             aps.box->addItem(number.release());

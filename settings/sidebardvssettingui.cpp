@@ -30,7 +30,7 @@ void SidebarDvsSettingUI::setBiasesToolUI(std::shared_ptr<CameraTool> tool)
     for (const auto& [name, parameter] : parameters) {
         // Biases are offsets: they start at none, whatever the tool tells.
         const auto none = [](const korvane::IntParameterInfo&) { return 0; };
-        addItem(biases, makeIntegerItem(*biases.tool, name, parameter, none),
+        addItem(biases, makeIntegerItem(biases, name, parameter, none),
                 &SidebarDvsSettingUI::onBiasSliderValueChanged);
     }
     endSection(biases);
@@ -42,7 +42,7 @@ void SidebarDvsSettingUI::setTriggerInToolUI(std::shared_ptr<CameraTool> tool)
                                          "camera device is null .", "camera trigger is null .");
     for (const auto& [name, parameter] : parameters) {
         const auto asReported = [](const korvane::BoolParameterInfo& info) { return info.value; };
-        addItem(triggerIn, makeSwitchItem(*triggerIn.tool, name, parameter, asReported),
+        addItem(triggerIn, makeSwitchItem(triggerIn, name, parameter, asReported),
                 &SidebarDvsSettingUI::onTriggerInSliderValueChanged);
     }
     endSection(triggerIn);
@@ -53,13 +53,13 @@ void SidebarDvsSettingUI::setAntiFlickerToolUI(std::shared_ptr<CameraTool> tool)
     const auto parameters = beginSection(antiFlicker, tr("Anti Flicker"), std::move(tool),
                                          "camera device is null .", "camera trigger is null .");
     for (const auto& [name, parameter] : parameters) {
-        addItem(antiFlicker, makeIntegerItem(*antiFlicker.tool, name, parameter),
+        addItem(antiFlicker, makeIntegerItem(antiFlicker, name, parameter),
                 qOverload<std::string, int>(&SidebarDvsSettingUI::onAntiFlickerSliderValueChanged));
-        addItem(antiFlicker, makeFloatItem(*antiFlicker.tool, name, parameter),
+        addItem(antiFlicker, makeFloatItem(antiFlicker, name, parameter),
                 &SidebarDvsSettingUI::onAntiFlickerSliderFloatValueChanged);
-        addItem(antiFlicker, makeSwitchItem(*antiFlicker.tool, name, parameter, off),
+        addItem(antiFlicker, makeSwitchItem(antiFlicker, name, parameter, off),
                 qOverload<std::string, bool>(&SidebarDvsSettingUI::onAntiFlickerSliderValueChanged), 0);
-        addItem(antiFlicker, makeComboItem(*antiFlicker.tool, name, parameter),
+        addItem(antiFlicker, makeComboItem(antiFlicker, name, parameter),
                 &SidebarDvsSettingUI::onAntiFlickerSliderEnumValueChanged, 1);
     }
     endSection(antiFlicker);
@@ -70,9 +70,9 @@ void SidebarDvsSettingUI::setEventRateControlToolUI(std::shared_ptr<CameraTool> 
     const auto parameters = beginSection(eventRateControl, tr("Event Rate Control"), std::move(tool),
                                          "camera device is null .", "camera trigger is null .");
     for (const auto& [name, parameter] : parameters) {
-        addItem(eventRateControl, makeIntegerItem(*eventRateControl.tool, name, parameter),
+        addItem(eventRateControl, makeIntegerItem(eventRateControl, name, parameter),
                 qOverload<std::string, int>(&SidebarDvsSettingUI::onEventRateControlSliderValueChanged));
-        addItem(eventRateControl, makeSwitchItem(*eventRateControl.tool, name, parameter, off),
+        addItem(eventRateControl, makeSwitchItem(eventRateControl, name, parameter, off),
                 qOverload<std::string, bool>(&SidebarDvsSettingUI::onEventRateControlSliderValueChanged));
     }
     endSection(eventRateControl);
@@ -83,12 +83,12 @@ void SidebarDvsSettingUI::setEventTrailFilterToolUI(std::shared_ptr<CameraTool> 
     const auto parameters = beginSection(eventTrailFilter, tr("Event Trail Filter"), std::move(tool),
                                          "camera device is null .", "camera trigger is null .");
     for (const auto& [name, parameter] : parameters) {
-        addItem(eventTrailFilter, makeIntegerItem(*eventTrailFilter.tool, name, parameter),
+        addItem(eventTrailFilter, makeIntegerItem(eventTrailFilter, name, parameter),
                 qOverload<std::string, int>(&SidebarDvsSettingUI::onEventTrailFilterSliderValueChanged));
-        addItem(eventTrailFilter, makeSwitchItem(*eventTrailFilter.tool, name, parameter, off),
+        addItem(eventTrailFilter, makeSwitchItem(eventTrailFilter, name, parameter, off),
                 qOverload<std::string, bool>(&SidebarDvsSettingUI::onEventTrailFilterSliderValueChanged));
         addItem(
-            eventTrailFilter, makeComboItem(*eventTrailFilter.tool, name, parameter),
+            eventTrailFilter, makeComboItem(eventTrailFilter, name, parameter),
             qOverload<std::string, std::string>(&SidebarDvsSettingUI::onEventTrailFilterSliderValueChanged));
     }
     endSection(eventTrailFilter);
@@ -111,14 +111,14 @@ void SidebarDvsSettingUI::setROIToolUI(std::shared_ptr<CameraTool> tool)
             roi.tool->getBoolParameter(name, state);
             return state;
         };
-        if (auto item = makeIntegerItem(*roi.tool, name, parameter, currentValue)) {
+        if (auto item = makeIntegerItem(roi, name, parameter, currentValue)) {
             item->setValueChangedCallback([this](const std::string& coordinate, int value) {
                 return setRoiCoordinate(coordinate, value);
             });
             roiItems.push_back(item.get());
             roi.box->addItem(item.release());
         }
-        addItem(roi, makeSwitchItem(*roi.tool, name, parameter, currentState),
+        addItem(roi, makeSwitchItem(roi, name, parameter, currentState),
                 qOverload<std::string, bool>(&SidebarDvsSettingUI::onROISliderValueChanged));
     }
     endSection(roi);
