@@ -23,6 +23,7 @@ struct GuardedRange
 {
     std::atomic<std::uintptr_t> begin{0};
     std::atomic<std::uintptr_t> end{0};
+    std::atomic<MappedFile*> owner{nullptr};
 };
 std::array<GuardedRange, 256> guardedRanges;
 std::mutex guardMutex;
@@ -50,6 +51,9 @@ void onBusError(int signal, siginfo_t* info, void*)
             && address < range.end.load(std::memory_order_acquire)) {
             // The address is the kernel's: there is no object to point into.
             void* const page = reinterpret_cast<void*>(address & ~(pageSize - 1)); // NOLINT
+            // Marked first: whoever has read the zeros finds the mark.
+            if (MappedFile* const owner = range.owner.load(std::memory_order_acquire))
+                owner->markLost(address - range.begin.load(std::memory_order_acquire));
             if (placeZeros(page))
                 return;
         }
@@ -58,7 +62,7 @@ void onBusError(int signal, siginfo_t* info, void*)
     sigaction(signal, &previousAction, nullptr);
 }
 
-void guard(std::uintptr_t begin, std::uintptr_t end)
+void guard(MappedFile* owner, std::uintptr_t begin, std::uintptr_t end)
 {
     const std::lock_guard lock(guardMutex);
     static const bool installed = [] {
@@ -73,6 +77,7 @@ void guard(std::uintptr_t begin, std::uintptr_t end)
         return;
     for (GuardedRange& range : guardedRanges) {
         if (range.end.load() == 0) {
+            range.owner.store(owner, std::memory_order_release);
             range.begin.store(begin, std::memory_order_release);
             range.end.store(end, std::memory_order_release);
             return;
@@ -87,6 +92,7 @@ void unguard(std::uintptr_t begin)
         if (range.end.load() != 0 && range.begin.load() == begin) {
             range.end.store(0, std::memory_order_release);
             range.begin.store(0, std::memory_order_release);
+            range.owner.store(nullptr, std::memory_order_release);
             return;
         }
     }
@@ -123,7 +129,9 @@ bool MappedFile::open()
         return false;
     }
     mapped = {data, static_cast<std::size_t>(size)};
-    guard(reinterpret_cast<std::uintptr_t>(data), reinterpret_cast<std::uintptr_t>(data) + mapped.size());
+    lostBlocks = std::vector<std::atomic<bool>>(mapped.size() / lossBlock + 1);
+    guard(this, reinterpret_cast<std::uintptr_t>(data),
+          reinterpret_cast<std::uintptr_t>(data) + mapped.size());
     return true;
 }
 
@@ -134,6 +142,24 @@ std::uint64_t MappedFile::currentSize() const
         return mapped.size();
     return std::min<std::uint64_t>(mapped.size(),
                                    static_cast<std::uint64_t>(std::max<off_t>(status.st_size, 0)));
+}
+
+void MappedFile::markLost(std::uint64_t offset)
+{
+    lostBlocks[offset / lossBlock].store(true, std::memory_order_relaxed);
+    anyLost.store(true, std::memory_order_release);
+}
+
+bool MappedFile::hasLost(std::uint64_t from, std::uint64_t to) const
+{
+    if (!anyLost.load(std::memory_order_acquire) || from >= to)
+        return false;
+    const std::uint64_t last = std::min<std::uint64_t>((to - 1) / lossBlock + 1, lostBlocks.size());
+    for (std::uint64_t block = from / lossBlock; block < last; ++block) {
+        if (lostBlocks[block].load(std::memory_order_relaxed))
+            return true;
+    }
+    return false;
 }
 
 void MappedFile::willNeed(std::uint64_t offset, std::uint64_t length) const

@@ -164,6 +164,16 @@ std::span<const std::uint8_t> RawFileReader::body()
                                     : all.first(end).subspan(header.bodyOffset);
 }
 
+bool RawFileReader::couldNotRead(std::uint64_t from, std::uint64_t to)
+{
+    if (!file.hasLost(header.bodyOffset + from, header.bodyOffset + to) || body().size() < to)
+        return false;
+    if (!unreadable.exchange(true))
+        qWarning().noquote().nospace()
+            << filePath << ": a part of the file cannot be read; the events there are left out";
+    return true;
+}
+
 bool RawFileReader::loadFile()
 {
     if (loaded)
@@ -183,6 +193,7 @@ bool RawFileReader::loadFile()
         qWarning().noquote().nospace() << filePath << ": cannot be loaded: it holds no change event";
         return false;
     }
+    couldNotRead(0, words.size());
     if (const std::size_t tail = words.size() % wordSize(decoder.encoding()); tail != 0)
         qInfo().noquote().nospace() << filePath << ": " << tail
                                     << " bytes behind the last whole word are left out";
@@ -290,19 +301,35 @@ DvsFileReader::Events RawFileReader::getEventsAt(std::uint64_t start, std::uint6
     return events;
 }
 
-bool RawFileReader::streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink)
+bool RawFileReader::streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink, bool* gap)
 {
     if (isPast(start) || start > end)
         return false;
-    Cursor cursor(decoder, geometry, body(), index.entryForEvents(asSigned(start)));
+    const auto& entries = index.entries();
+    std::optional<Cursor> cursor(std::in_place, decoder, geometry, body(),
+                                 index.entryForEvents(asSigned(start)));
     bool wanted = true;
-    while (wanted && !cursor.atEnd() && cursor.state().eventFloor <= asSigned(end)) {
-        auto piece = cursor.next();
+    while (wanted && !cursor->atEnd() && cursor->state().eventFloor <= asSigned(end)) {
+        const std::uint64_t from = cursor->offset();
+        auto piece = cursor->next();
+        if (couldNotRead(from, cursor->offset())) {
+            if (gap)
+                *gap = true;
+            // The decoder has seen zeros: it goes on where its state is known again.
+            const auto behind = std::lower_bound(
+                entries.begin(), entries.end(), cursor->offset(),
+                [](const IndexEntry& entry, std::uint64_t offset) { return entry.offset < offset; });
+            if (behind == entries.end())
+                break;
+            meet(cursor->met());
+            cursor.emplace(decoder, geometry, body(), *behind);
+            continue;
+        }
         if (piece.empty())
             continue;
         // What the file lost while it was decoded has read as zeros, which may be events: it ends before
         // them.
-        if (body().size() < cursor.offset())
+        if (body().size() < cursor->offset())
             break;
         if (piece.front().timestamp < start)
             piece = piece.subspan(static_cast<std::size_t>(
@@ -317,8 +344,8 @@ bool RawFileReader::streamEvents(std::uint64_t start, std::uint64_t end, const E
         if (!piece.empty())
             wanted = sink(piece);
     }
-    meet(cursor.met());
-    return !cursor.atEnd() || cursor.state().eventFloor >= asSigned(start);
+    meet(cursor->met());
+    return !cursor->atEnd() || cursor->state().eventFloor >= asSigned(start);
 }
 
 DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::uint64_t duration)
@@ -345,7 +372,10 @@ DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::u
         while (!cursor.atEnd() && cursor.offset() < until && cursor.state().triggerFloor <= asSigned(end)
                && triggers->size() < windowLimit) {
             piece.clear();
+            const std::uint64_t first = cursor.offset();
             cursor.next(until);
+            if (couldNotRead(first, cursor.offset()))
+                break;
             std::copy_if(piece.begin(), piece.end(), std::back_inserter(*triggers),
                          [start, end](const EventTriggerIn& trigger) {
                              return trigger.timestamp >= start && trigger.timestamp <= end;

@@ -47,9 +47,10 @@ public:
 
     /// Calls `sink` with the events of start <= time <= end in pieces of bounded size, in order, until it
     /// answers false. Events are valid during the call, and until the sink itself reads on the same thread.
-    /// False when the recording ends before `start`, as one does whose file has shrunk.
+    /// False when the recording ends before `start`, as one does whose file has shrunk. What the device could
+    /// not read is left out, and told in `gap`.
     using EventSink = std::function<bool(std::span<const Event2D>)>;
-    bool streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink);
+    bool streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink, bool* gap = nullptr);
 
     /// Records that a window holds at most; to be set before reading begins.
     void setWindowLimit(std::size_t records) { windowLimit = records; }
@@ -75,6 +76,8 @@ private:
     std::optional<std::uint64_t> lastEventIn(std::size_t entry);
     bool isPast(std::uint64_t time) const { return !loaded || time > lastTime; }
     void meet(const EvtCounts& met);
+    /// Whether words in [from, to) of the body read as zeros although the file still has them; logged once.
+    bool couldNotRead(std::uint64_t from, std::uint64_t to);
 
     const QString filePath;
     const RawHeader header;
@@ -86,6 +89,7 @@ private:
     std::uint64_t lastTime = 0; ///< microseconds
     std::atomic<bool> loaded{false};
     std::atomic<bool> shrunk{false};
+    std::atomic<bool> unreadable{false};
     std::atomic<bool> overfull{false};
     std::atomic<bool> triggersOverfull{false};
     std::size_t windowLimit = maximumWindow;

@@ -109,6 +109,7 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
         return false;
     }
     std::uint64_t events = 0;
+    bool gap = false;
     {
         VerifyingWriter writer(temporary.file(), temporary.name(),
                                recordingHeader(headOfCopy(source.fileHeader(), geometry)), geometry);
@@ -116,8 +117,9 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
                           triggers ? std::span<const EventTriggerIn>(*triggers)
                                    : std::span<const EventTriggerIn>(),
                           writer);
-        source.streamEvents(start, std::min(end, lastTime),
-                            [&blocks](std::span<const Event2D> piece) { return blocks.add(piece); });
+        source.streamEvents(
+            start, std::min(end, lastTime),
+            [&blocks](std::span<const Event2D> piece) { return blocks.add(piece); }, &gap);
         blocks.finish();
         if (!writer.finish()) {
             error = writer.errorString();
@@ -130,6 +132,10 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
     }
     if (source.hasShrunk()) {
         error = QStringLiteral("the recording has shrunk since it was opened");
+        return false;
+    }
+    if (gap) {
+        error = QStringLiteral("a part of the recording cannot be read");
         return false;
     }
     if (events == 0) {

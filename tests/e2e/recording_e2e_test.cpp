@@ -7,6 +7,9 @@
 #include <QFileInfo>
 #include <QLineEdit>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 class RecordingStory : public LiveStory
@@ -194,4 +197,32 @@ TEST_F(RecordingStory, AFolderThatCannotBeMadeIsToldWithItsPath)
     EXPECT_TRUE(toasts().constFirst().contains(folder.path()));
     EXPECT_TRUE(button("pb_play")->isChecked()) << "the view goes on";
     obstacle.remove();
+}
+
+TEST_F(RecordingStory, AFolderWhosePermissionWasTakenAwayIsToldWithItsPathAndReason)
+{
+    openCamera();
+    ASSERT_TRUE(QDir().mkpath(folder.path()));
+    const QByteArray path = QFile::encodeName(folder.path());
+    // The superuser may write everywhere: press with another user's hands.
+    ASSERT_EQ(chmod(path.constData(), 0), 0);
+    const bool superuser = geteuid() == 0;
+    if (superuser) {
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    click("pb_record");
+    if (superuser) {
+        ASSERT_EQ(seteuid(0), 0);
+    }
+    ASSERT_EQ(chmod(path.constData(), 0755), 0);
+    EXPECT_FALSE(button("pb_record")->isChecked());
+    ASSERT_EQ(toasts().size(), 1);
+    EXPECT_TRUE(toasts().constFirst().startsWith(QStringLiteral("Recording stopped: ")));
+    EXPECT_TRUE(toasts().constFirst().contains(folder.path()));
+    EXPECT_TRUE(button("pb_play")->isChecked()) << "the view goes on";
+    EXPECT_TRUE(files().isEmpty());
+    // With the permission back, the same press records.
+    startRecording();
+    click("pb_record");
+    expectAWholeRecording(someTime);
 }

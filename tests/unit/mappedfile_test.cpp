@@ -1,5 +1,7 @@
 #include "camera/recording/mappedfile.h"
 
+#include "tests/support/failingdevice.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -67,6 +69,24 @@ TEST_F(MappedFileTest, LostBytesOfAFileThatShrinksReadAsZeros)
     EXPECT_EQ(file.bytes().size(), 1000000u);
     EXPECT_TRUE(isFilledWith(file.bytes().first(300000), 'x'));
     EXPECT_TRUE(isFilledWith(file.bytes().subspan(300000), 0));
+}
+
+TEST_F(MappedFileTest, TellsWhatTheDeviceCouldNotRead)
+{
+    const QString path = write("failing", 1 << 20);
+    MappedFile file(path);
+    ASSERT_TRUE(file.open());
+    failReads(QFile::encodeName(path).toStdString(), 500000, 4096);
+    EXPECT_FALSE(file.hasLost(0, 1 << 20)) << "nothing has been read yet";
+    EXPECT_TRUE(isFilledWith(file.bytes().first(400000), 'x'));
+    EXPECT_FALSE(file.hasLost(0, 1 << 20));
+    EXPECT_EQ(file.bytes()[501000], 0);
+    EXPECT_TRUE(file.hasLost(0, 1 << 20));
+    EXPECT_TRUE(file.hasLost(501000, 501001));
+    EXPECT_FALSE(file.hasLost(0, 400000));
+    EXPECT_FALSE(file.hasLost(600000, 1 << 20));
+    EXPECT_FALSE(file.hasLost(501000, 501000));
+    EXPECT_EQ(file.currentSize(), 1u << 20);
 }
 
 TEST_F(MappedFileTest, AFileThatShrinksToNothingReadsAsZeros)

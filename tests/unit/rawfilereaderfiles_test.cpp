@@ -1,4 +1,5 @@
 #include "tests/support/capturedmessages.h"
+#include "tests/support/failingdevice.h"
 #include "tests/unit/rawfilereaderfixture.h"
 
 #include <gmock/gmock.h>
@@ -236,6 +237,51 @@ TEST_F(RawFileReaderFiles, AFileThatShrinksWhileItIsOpenEndsThere)
 
     ASSERT_EQ(messages.warnings().size(), 1) << "once a file";
     EXPECT_TRUE(messages.warnings()[0].contains(QString::fromStdString(path)));
+}
+
+TEST_F(RawFileReaderFiles, APartThatTheDeviceCannotReadIsLeftOutAndTheRestIsRead)
+{
+    // One event every 10 us, none at column or row 0: what is read as zeros would be events there.
+    Bytes words;
+    for (unsigned i = 0; i < 400000; ++i) {
+        append(words, high2(i * 10 / 64), 4);
+        append(words, cd2(1, i * 10 % 64, 1 + i % 600, 5), 4);
+    }
+    path = recordings.write("failing.raw", TemporaryRecordings::header(EvtEncoding::Evt2), words);
+    const auto reader = open();
+    ASSERT_TRUE(reader->loadFile());
+    const auto before = reader->getEventsAt(0, 4000000);
+    ASSERT_THAT(*before, SizeIs(400000));
+
+    const CapturedMessages messages;
+    // A page in the middle, two seconds into the recording.
+    failReads(path, 1600000, 4096);
+    const auto after = reader->getEventsAt(0, 4000000);
+    ASSERT_TRUE(after);
+    EXPECT_LT(after->size(), 400000u);
+    EXPECT_GT(after->size(), 360000u) << "what lies far from the page is there";
+    EXPECT_TRUE(std::includes(before->begin(), before->end(), after->begin(), after->end(),
+                              [](const auto& a, const auto& b) { return a.timestamp < b.timestamp; }));
+    EXPECT_TRUE(std::all_of(after->begin(), after->end(), [](const auto& event) { return event.x > 0; }));
+    EXPECT_EQ(after->back(), before->back());
+    const auto inside = reader->getEventsAt(1999000, 1000);
+    ASSERT_TRUE(inside) << "a quiet window, not the end";
+    EXPECT_TRUE(inside->empty());
+    EXPECT_THAT(*reader->getEventsAt(3000000, 1000), SizeIs(100));
+    EXPECT_EQ(endOf(*reader), 3999990u);
+    EXPECT_EQ(
+        messages.warnings(),
+        QStringList(QString::fromStdString(path)
+                    + QStringLiteral(": a part of the file cannot be read; the events there are left out")));
+
+    // A cut or a video with a gap would pass for the whole; beside the gap both are made.
+    EXPECT_FALSE(reader->cutFile(1000000, 3000000, recordings.path("cut.raw")));
+    EXPECT_FALSE(reader->exportVideo(1900000, 2100000, recordings.path("video.mp4")));
+    for (const int line : {1, 2})
+        EXPECT_TRUE(messages.warnings().value(line).endsWith(
+            QStringLiteral(": a part of the recording cannot be read")));
+    EXPECT_TRUE(reader->cutFile(3000000, 3500000, recordings.path("cut.raw")));
+    EXPECT_TRUE(reader->exportVideo(3000000, 3100000, recordings.path("video.mp4")));
 }
 
 TEST_F(RawFileReaderFiles, AWindowOfTooManyEventsIsCutShortWithOneWarning)
