@@ -25,6 +25,7 @@ constexpr const char* usualReasons[] = {
     QT_TRANSLATE_NOOP("LiveSession", "there is not enough memory"),
     QT_TRANSLATE_NOOP("LiveSession", "No space left on device"),
     QT_TRANSLATE_NOOP("LiveSession", "Permission denied"),
+    QT_TRANSLATE_NOOP("LiveSession", "this machine's FFmpeg has no encoder for H.264 or MPEG-4"),
 };
 
 } // namespace
@@ -330,6 +331,7 @@ void LiveSession::startRecording()
     recordingClock.start();
     recordingTimer.start();
     shownSeconds = -1;
+    partialFaultTold = false;
     emit recordingChanged(true);
     watchRecorder();
 }
@@ -343,22 +345,34 @@ void LiveSession::stopRecording(bool tellEnd)
     recordingTimer.stop();
     emit recordingTimeChanged(QString());
     emit recordingChanged(false);
-    korvane::RecorderState recorder = recorderState();
+    korvane::RecorderState fault = recorderState();
     if (dvsCamera)
         dvsCamera->stopRecording();
     else if (fusionCamera)
         fusionCamera->stopRecording(korvane::STREAM_FUSION);
     // Some faults show only when the file is completed.
-    if (recorder.error.empty())
-        recorder = recorderState();
+    const korvane::RecorderState after = recorderState();
+    bool inPart = fault.writing && !fault.error.empty();
+    if (fault.error.empty() || (inPart && !after.error.empty() && after.path != fault.path)) {
+        fault = after;
+        inPart = false;
+    }
     if (tellEnd)
         emit signalShowLeftBottomTips(tr("Save file success!"), Success, config.output_raw_file_path);
     // Behind the other one: toasts lie on top of each other, and the fault is to be seen.
-    if (!recorder.error.empty())
-        tellFault(recorder);
+    if (!fault.error.empty() && !inPart)
+        tellFault(fault, tr("Recording stopped: "));
+    else if (inPart)
+        tellFaultInPart(fault);
 }
 
-void LiveSession::tellFault(const korvane::RecorderState& recorder)
+void LiveSession::tellFaultInPart(const korvane::RecorderState& recorder)
+{
+    if (!std::exchange(partialFaultTold, true))
+        tellFault(recorder, tr("Frames are not recorded: "));
+}
+
+void LiveSession::tellFault(const korvane::RecorderState& recorder, const QString& what)
 {
     const QString reason = QString::fromLocal8Bit(recorder.error.c_str());
     const QString path = QString::fromLocal8Bit(recorder.path.c_str());
@@ -366,16 +380,18 @@ void LiveSession::tellFault(const korvane::RecorderState& recorder)
         != std::end(usualReasons);
     const QString told = usual ? tr(recorder.error.c_str()) : reason;
     // Only shown: the recorder has logged it.
-    emit signalShowLeftBottomTips(tr("Recording stopped: ") + told + QLatin1Char('\n') + path, Error,
-                                  QString());
+    emit signalShowLeftBottomTips(what + told + QLatin1Char('\n') + path, Error, QString());
 }
 
 void LiveSession::watchRecorder()
 {
-    if (!recorderState().error.empty()) {
+    const korvane::RecorderState recorder = recorderState();
+    if (!recorder.error.empty() && !recorder.writing) {
         stopRecording(false);
         return;
     }
+    if (!recorder.error.empty())
+        tellFaultInPart(recorder);
     // While the view stands still nobody else notices that the camera is gone.
     if (!cameraConnected()) {
         stopRecording(true);

@@ -99,7 +99,9 @@ private:
     void startRecording();
     /// A fault of the recorder is told in any case, the end of the recording if asked for.
     void stopRecording(bool tellEnd);
-    void tellFault(const korvane::RecorderState& recorder);
+    void tellFault(const korvane::RecorderState& recorder, const QString& what);
+    /// The events are recorded on: told once a recording.
+    void tellFaultInPart(const korvane::RecorderState& recorder);
     bool cameraConnected() const;
     korvane::RecorderState recorderState() const;
     void watchRecorder();
@@ -119,6 +121,7 @@ private:
     std::shared_ptr<korvane::FusionCamera> fusionCamera;
     int streamHandle = 0; ///< no driver hands one out; it is passed back at stop all the same
     bool recording = false;
+    bool partialFaultTold = false; ///< of this recording
     QElapsedTimer recordingClock;
     QTimer recordingTimer{this};
     QTimer fusionTimer{this}; ///< runs while a fusion camera streams: no loop of ours would notice its end

@@ -19,7 +19,7 @@ constexpr int quantizer = 23;
 
 std::unique_ptr<ApsVideoWriter> ApsVideoWriter::create(std::unique_ptr<QIODevice> device, int width,
                                                        int height, const QString& name, QString& error,
-                                                       const std::vector<std::string>& encoders)
+                                                       const Encoders& encoders)
 {
     VideoWriter::Settings settings;
     settings.format.width = width;
@@ -27,7 +27,8 @@ std::unique_ptr<ApsVideoWriter> ApsVideoWriter::create(std::unique_ptr<QIODevice
     settings.format.period = slot;
     settings.format.quantizer = quantizer;
     settings.format.live = true;
-    settings.format.encoders = encoders;
+    settings.format.encoders = encoders.preferred;
+    settings.format.otherEncoders = encoders.others;
     settings.layout = VideoLayout::Fragments;
     std::unique_ptr<ApsVideoWriter> made(new ApsVideoWriter(std::move(device), name));
     made->width = width;

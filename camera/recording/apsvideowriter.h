@@ -15,6 +15,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace korvane::recording {
@@ -40,12 +41,24 @@ public:
         std::uint64_t dropped = 0; ///< frames that came while the encoder was behind
     };
 
+    /// Who makes the video, see VideoFormat.
+    struct Encoders
+    {
+        std::vector<std::string> preferred{"libx264"};
+        bool others = true;
+    };
+
     /// Starts a video of frames of this size, pixels, both even, on an open and empty device, readable and
     /// writable, unbuffered. `name` stands in log lines. Nothing, with the reason in `error`, when it cannot
     /// be started.
     static std::unique_ptr<ApsVideoWriter> create(std::unique_ptr<QIODevice> device, int width, int height,
                                                   const QString& name, QString& error,
-                                                  const std::vector<std::string>& encoders = {"libx264"});
+                                                  const Encoders& encoders);
+    static std::unique_ptr<ApsVideoWriter> create(std::unique_ptr<QIODevice> device, int width, int height,
+                                                  const QString& name, QString& error)
+    {
+        return create(std::move(device), width, height, name, error, Encoders());
+    }
     /// Finishes where the last frame left off.
     ~ApsVideoWriter();
     ApsVideoWriter(const ApsVideoWriter&) = delete;

@@ -48,7 +48,7 @@ void IntensityRecorder::start(const std::string& rawPath)
     }
     std::shared_ptr<ApsVideoWriter> started;
     try {
-        started = ApsVideoWriter::create(std::move(device), width, height, path, error);
+        started = ApsVideoWriter::create(std::move(device), width, height, path, error, encoders);
     } catch (const std::exception& exception) {
         error = QString::fromLocal8Bit(exception.what());
     }

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace korvane::recording {
 
@@ -33,6 +34,8 @@ public:
     IntensityRecorder(const IntensityRecorder&) = delete;
     IntensityRecorder& operator=(const IntensityRecorder&) = delete;
 
+    /// Of the videos that are started from now on; before the first one, by whoever makes this.
+    void setEncoders(ApsVideoWriter::Encoders wanted) { encoders = std::move(wanted); }
     /// Starts the video that belongs to the events recorded at `rawPath` (local 8-bit encoding). What goes
     /// wrong stands in state().
     void start(const std::string& rawPath);
@@ -55,6 +58,7 @@ private:
     const int width;
     const int height;
     const OpenDevice openDevice;
+    ApsVideoWriter::Encoders encoders;
     std::mutex pushMutex; ///< held while a frame is taken: the video is completed after the last one
     mutable std::mutex mutex;
     std::shared_ptr<ApsVideoWriter> writer; ///< under mutex

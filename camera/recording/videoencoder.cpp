@@ -39,6 +39,8 @@ std::vector<const AVCodec*> candidates(const VideoFormat& format)
     };
     for (const std::string& name : format.encoders)
         add(avcodec_find_encoder_by_name(name.c_str()));
+    if (!format.otherEncoders)
+        return found;
     for (const AVCodecID id : {AV_CODEC_ID_H264, AV_CODEC_ID_MPEG4}) {
         add(avcodec_find_encoder(id));
         void* position = nullptr;

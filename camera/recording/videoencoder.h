@@ -30,6 +30,7 @@ struct VideoFormat
     /// Encoders to try first, in this order, by FFmpeg's names; after them any other of the machine's that
     /// makes H.264, and MPEG-4 Visual last.
     std::vector<std::string> encoders{"libx264"};
+    bool otherEncoders = true; ///< whether others than these are tried
 };
 
 /// Turns pictures into packets. One thread at a time.

@@ -27,6 +27,7 @@ struct SimulatedCameraConfig
     SensorParameters sensor;
     bool failOpen = false; ///< opening fails, as when another program holds the device
     bool failStart = false; ///< opening succeeds, streaming does not
+    bool failVideo = false; ///< intensity frames cannot be recorded, as on a machine without an encoder
 };
 
 /// The cameras that every installation offers.

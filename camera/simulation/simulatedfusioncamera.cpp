@@ -50,6 +50,8 @@ SimulatedFusionCamera::SimulatedFusionCamera(const SimulatedCameraConfig& config
       sensor(static_cast<SensorStream&>(source())), intensity(std::move(parameters)),
       startFails(config.failStart)
 {
+    if (config.failVideo)
+        frameRecorder().setEncoders({{}, false});
     streamTools().add(ToolType::Biases, makeBiasesTool(sensor.parameters(), sensor.parameterHandover()));
     // The intensity sensor tells when a frame begins.
     streamTools().addTriggerInput(framePeriod);

@@ -195,7 +195,8 @@ RecorderState StreamedFusionCamera::recorderState()
     if (!events.error.empty())
         return events;
     const RecorderState frames = intensityRecorder.state();
-    return frames.error.empty() ? events : frames;
+    // Without frames the events are a recording still.
+    return frames.error.empty() ? events : RecorderState{events.writing, frames.path, frames.error};
 }
 
 bool StreamedFusionCamera::getEventFrameAt(std::shared_ptr<EventCountFrame>& out, std::uint64_t timestamp)

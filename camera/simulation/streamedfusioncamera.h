@@ -71,6 +71,7 @@ protected:
     /// While the camera is made.
     StreamTools& streamTools() { return tools; }
     void offerTools();
+    recording::IntensityRecorder& frameRecorder() { return intensityRecorder; }
 
 private:
     static void prepareRelease();

@@ -323,6 +323,14 @@
         <source>Permission denied</source>
         <translation>Permission denied</translation>
     </message>
+    <message>
+        <source>this machine&apos;s FFmpeg has no encoder for H.264 or MPEG-4</source>
+        <translation>this machine&apos;s FFmpeg has no encoder for H.264 or MPEG-4</translation>
+    </message>
+    <message>
+        <source>Frames are not recorded: </source>
+        <translation>Frames are not recorded: </translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>

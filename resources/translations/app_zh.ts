@@ -323,6 +323,14 @@
         <source>Permission denied</source>
         <translation>没有写入权限</translation>
     </message>
+    <message>
+        <source>this machine&apos;s FFmpeg has no encoder for H.264 or MPEG-4</source>
+        <translation>本机的 FFmpeg 没有 H.264 或 MPEG-4 编码器</translation>
+    </message>
+    <message>
+        <source>Frames are not recorded: </source>
+        <translation>图像帧未录制：</translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>

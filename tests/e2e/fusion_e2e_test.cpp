@@ -95,3 +95,49 @@ TEST_F(FusionStory, ClosingWhileItRecordsEndsCleanly)
     window.reset();
     EXPECT_NE(cameras->openFusionCamera("PEL-000001"), nullptr) << "the camera was let go";
 }
+
+/// A machine whose FFmpeg has no encoder.
+class FusionStoryWithoutEncoder : public FusionStory
+{
+protected:
+    FusionStoryWithoutEncoder()
+    {
+        auto all = korvane::simulation::standardCameras();
+        for (auto& one : all)
+            one.failVideo = true;
+        cameras = std::make_shared<korvane::simulation::SimulatedBackend>(all);
+    }
+    static QStringList toasts()
+    {
+        QStringList texts;
+        for (const QWidget* const widget : QApplication::topLevelWidgets()) {
+            const auto* const tips = widget->findChild<QLabel*>(QStringLiteral("lb_show_tips"));
+            if (tips && widget->isVisible())
+                texts << tips->text();
+        }
+        return texts;
+    }
+};
+
+TEST_F(FusionStoryWithoutEncoder, TheUserIsToldAndTheEventsAreRecordedAndPlayed)
+{
+    QDir folder(Config::getInstance(QStringLiteral("config.ini"))->output_raw_file_path);
+    folder.removeRecursively();
+    openFromTheList(fusionRow());
+    ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && showsFrame(); }));
+    click("pb_record");
+    ASSERT_TRUE(wait([] {
+        const QStringList shown = toasts();
+        return !shown.isEmpty() && shown.last().contains(QStringLiteral("Frames are not recorded: "))
+            && shown.last().contains(QStringLiteral("H.264"));
+    }));
+    EXPECT_TRUE(button("pb_record")->isChecked());
+    ASSERT_TRUE(wait([this] { return text("lb_recoding_time") == QStringLiteral("00:01"); }));
+    click("pb_record");
+    EXPECT_FALSE(button("pb_record")->isChecked());
+    EXPECT_EQ(folder.entryList({QStringLiteral("*.mp4")}).size(), 0);
+    const QStringList raws = folder.entryList({QStringLiteral("*.raw")});
+    ASSERT_EQ(raws.size(), 1);
+    window->openRecording(folder.filePath(raws[0]));
+    ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && eventPixels() > 1000; }));
+}

@@ -149,6 +149,48 @@ TEST_F(LiveSessionFusionTest, AFaultOfTheRecorderEndsTheRecordingAndIsTold)
     }));
 }
 
+TEST_F(LiveSessionFusionTest, AFaultOfTheFramesAloneIsToldOnceAndTheEventsAreRecordedOn)
+{
+    const auto camera = openFusion();
+    click(record);
+    log.clear();
+    const std::string told
+        = "toast 2 [Frames are not recorded: this machine's FFmpeg has no encoder for H.264 "
+          "or MPEG-4\nfolder/name.mp4] []";
+    camera->failRecorderInPart("folder/name.mp4", "this machine's FFmpeg has no encoder for H.264 or MPEG-4");
+    ASSERT_TRUE(wait([this, &told] { return log.contains(told); }));
+    // The recorder is looked at ten times a second.
+    const auto shown = recordingTimes.size();
+    ASSERT_TRUE(wait([this, shown] { return recordingTimes.size() > shown; }));
+    EXPECT_TRUE(record.isChecked());
+    EXPECT_TRUE(session->isRecording());
+    EXPECT_FALSE(log.contains("P1 stop recording 2"));
+    click(record);
+    EXPECT_EQ(log.count(told), 1);
+    EXPECT_TRUE(
+        log.contains("toast 0 [Save file success!] [" + config.output_raw_file_path.toStdString() + ']'));
+    EXPECT_FALSE(record.isChecked());
+
+    // The next recording tells its own, also when it ends before anybody has looked.
+    click(record);
+    camera->failRecorderInPart("folder/next.mp4", "no encoder");
+    click(record);
+    EXPECT_EQ(log.lines().back(), "toast 2 [Frames are not recorded: no encoder\nfolder/next.mp4] []");
+}
+
+TEST_F(LiveSessionFusionTest, AFaultOfTheEventsAfterOneOfTheFramesEndsTheRecording)
+{
+    const auto camera = openFusion();
+    click(record);
+    camera->failRecorderInPart("folder/name.mp4", "no encoder");
+    ASSERT_TRUE(wait([this] {
+        return log.contains("toast 2 [Frames are not recorded: no encoder\nfolder/name.mp4] []");
+    }));
+    camera->failRecorder("disk full");
+    ASSERT_TRUE(wait([this] { return !record.isChecked(); }));
+    EXPECT_TRUE(log.lines().back().starts_with("toast 2 [Recording stopped: disk full"));
+}
+
 TEST_F(LiveSessionFusionTest, ALostCameraEndsViewAndRecording)
 {
     const auto camera = openFusion();

@@ -72,6 +72,14 @@ public:
     }
 
     std::atomic<bool> connected{true};
+    /// The frames are no longer recorded; the events are.
+    void failRecorderInPart(const std::string& path, const std::string& error)
+    {
+        const std::lock_guard guard(mutex);
+        recorder.path = path;
+        recorder.error = error;
+    }
+
     /// Answers getEventFrameAt. Set before use.
     std::function<bool(std::shared_ptr<korvane::EventCountFrame>& out, std::uint64_t timestamp)> onCounts;
     EventsCallback onEvents; ///< what was registered

@@ -129,6 +129,43 @@ TEST_F(IntensityRecorderTest, AVideoThatCannotBeMadeIsToldAndReplacesNothing)
     EXPECT_EQ(taken.size(), 4);
 }
 
+TEST_F(IntensityRecorderTest, WithoutAnEncoderItSaysSoAndLeavesNoFile)
+{
+    const CapturedMessages messages;
+    IntensityRecorder recorder(width, height);
+    recorder.setEncoders({{}, false});
+    recorder.start(rawPath());
+    EXPECT_FALSE(recorder.state().writing);
+    EXPECT_EQ(recorder.state().path, videoPath().toStdString());
+    EXPECT_EQ(recorder.state().error, "this machine's FFmpeg has no encoder for H.264 or MPEG-4");
+    EXPECT_EQ(messages.warnings().size(), 1);
+    EXPECT_FALSE(QFile::exists(videoPath()));
+    note(recorder, 1);
+    push(recorder, 2);
+    recorder.stop();
+    EXPECT_FALSE(QFile::exists(videoPath()));
+}
+
+TEST_F(IntensityRecorderTest, WithoutH264TheVideoIsMadeWithAnotherEncoder)
+{
+    const CapturedMessages messages;
+    IntensityRecorder recorder(width, height);
+    recorder.setEncoders({{"libx264", "mpeg4"}, false});
+    recorder.start(rawPath());
+    recorder.stop();
+    EXPECT_TRUE(messages.warnings().isEmpty());
+    recorder.setEncoders({{"no_such_encoder", "mpeg4"}, false});
+    recorder.start(rawPath());
+    EXPECT_TRUE(recorder.state().writing);
+    EXPECT_EQ(messages.warnings().size(), 1) << "which one it is stands in the log";
+    note(recorder, 0);
+    push(recorder, 0);
+    note(recorder, 2 * 33333);
+    recorder.stop();
+    EXPECT_TRUE(recorder.state().error.empty());
+    EXPECT_EQ(pictures(), 3U);
+}
+
 TEST_F(IntensityRecorderTest, AFullDiskEndsItAndIsTold)
 {
     const CapturedMessages messages;

@@ -26,7 +26,7 @@ korvane_add_test(simulation_camera_test THREADS
 
 korvane_add_test(simulation_fusion_test THREADS
     SOURCES simulation_apstool_test.cpp simulation_fusion_test.cpp simulation_fusionpictures.h
-    LINKS korvane_simulation korvane_kernels)
+    LINKS korvane_simulation korvane_recording korvane_kernels)
 
 # A process is forked and killed, which the sanitizers do not follow; and they make 4K frames too slowly.
 korvane_add_test(simulation_fusionkilled_test

@@ -1,8 +1,11 @@
+#include "camera/recording/rawfilereader.h"
 #include "camera/simulation/apsrenderer.h"
 #include "camera/simulation/framecounts.h"
 #include "camera/simulation/simulatedbackend.h"
 #include "tests/unit/simulation_fusionpictures.h"
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -249,6 +252,33 @@ TEST(SimulatedFusionCamera, StoppedAndStartedAgainItsTimesGoOn)
     const auto events = receiver.allEvents();
     EXPECT_TRUE(std::is_sorted(events.begin(), events.end(),
                                [](const Event2D& a, const Event2D& b) { return a.timestamp < b.timestamp; }));
+}
+
+TEST(SimulatedFusionCamera, WithoutAnEncoderItRecordsItsEventsAlone)
+{
+    const QTemporaryDir folder;
+    SimulatedCameraConfig config = stageConfig();
+    config.failVideo = true;
+    const auto camera = SimulatedFusionCamera::make(config);
+    Receiver receiver(camera);
+    const std::string path = folder.filePath(QStringLiteral("take.raw")).toStdString();
+    camera->startRecording(path, korvane::STREAM_FUSION);
+    const korvane::RecorderState state = camera->recorderState();
+    EXPECT_TRUE(state.writing) << "the events";
+    EXPECT_EQ(state.path, folder.filePath(QStringLiteral("take.mp4")).toStdString());
+    EXPECT_FALSE(state.error.empty());
+    camera->start(korvane::STREAM_FUSION);
+    ASSERT_TRUE(receiver.awaitFrames(3)) << "they are still seen";
+    camera->stop(korvane::STREAM_FUSION);
+    camera->stopRecording(korvane::STREAM_FUSION);
+    EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("take.mp4"))));
+    QString error;
+    const auto reader = korvane::recording::RawFileReader::open(path, error);
+    ASSERT_TRUE(reader && reader->loadFile()) << error.toStdString();
+    std::size_t recorded = 0;
+    while (const auto events = reader->getNextEvents(1'000'000))
+        recorded += events->size();
+    EXPECT_EQ(recorded, receiver.allEvents().size());
 }
 
 TEST(SimulatedFusionCamera, PulledItIsLostForGood)
