@@ -39,6 +39,7 @@ korvane_add_test(simulation_tools_test
     SOURCES
         simulation_biases_test.cpp
         simulation_filtertools_test.cpp
+        simulation_offeredtools_test.cpp
         simulation_testscenes.h
         simulation_triggerinput_test.cpp
     LINKS korvane_simulation korvane_streamsupport)
