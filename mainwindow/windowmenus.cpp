@@ -1,5 +1,6 @@
 #include "mainwindow/windowmenus.h"
 
+#include "mainwindow/titlemenu.h"
 #include "widgets/cardcorners.h"
 
 #include <QCoreApplication>
@@ -19,8 +20,8 @@ QMenu { background-color: #FFFFFF; border: 1px solid #AAAAAA; margin: 0px;
         border-bottom-left-radius: 5px; border-bottom-right-radius: 5px; }
 QMenu::item { height: 30px; margin: 2px; padding-left: 10px; padding-right: 24px;
               font-size: 12px; color: #575757; background-color: transparent; }
-QMenu::item:hover { background-color: #EDF1F3; color: #004B6A; border-radius: 5px; }
-QMenu::item:selected { background-color: #004B6A; color: #FFFFFF; border-radius: 5px; }
+QMenu::item:selected, QMenu::item:selected:hover:pressed { background-color: #004B6A; color: #FFFFFF; border-radius: 5px; }
+QMenu::item:selected:hover { background-color: #EDF1F3; color: #004B6A; border-radius: 5px; }
 QMenu::separator { height: 1px; background-color: #C3C3C3; %1 }
 )")
         .arg(separatorMargin);
@@ -62,9 +63,9 @@ WindowMenus::WindowMenus(QWidget* window, const Buttons& buttons)
     : QObject(window), openCameraText(tr("Open Camera")), openRecordingText(tr("Open Recording")),
       saveAsText(tr("Save as...")), cutText(tr("Cut Recording")), quitText(tr("Quit")),
       generalSettingText(tr("General Setting")), languageText(tr("EN/中文")), aboutText(tr("About us")),
-      startEndPointText(tr("Toggle Start/End Point")), fileMenu(new QMenu(window)),
-      deviceMenu(new QMenu(window)), settingMenu(std::make_unique<QMenu>()),
-      helpMenu(std::make_unique<QMenu>()), viewerSettingMenu(new QMenu(window))
+      startEndPointText(tr("Toggle Start/End Point")), fileMenu(new TitleMenu(window)),
+      deviceMenu(new TitleMenu(window)), settingMenu(std::make_unique<TitleMenu>()),
+      helpMenu(std::make_unique<TitleMenu>()), viewerSettingMenu(new QMenu(window))
 {
     buildViewerSettingMenu();
     buildTitleBarMenus(buttons);

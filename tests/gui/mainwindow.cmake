@@ -20,6 +20,7 @@ if(TARGET korvane_mainwindow AND TARGET korvane_resources)
             translations_test.cpp
             windowkeys_test.cpp
             windowmenus_test.cpp
+            windowmenuslook_test.cpp
         LINKS korvane_mainwindow korvane_recording korvane_simulation korvane_resources)
     set_property(SOURCE mainwidget_test.cpp APPEND PROPERTY COMPILE_DEFINITIONS
         KORVANE_OWN_FRAME=$<NOT:$<TARGET_EXISTS:QWindowKit::Widgets>>)
