@@ -60,13 +60,13 @@ void SideBars::fold(QWidget* panel, QPushButton* button, bool shown)
         pane.frame->setMaximumWidth(pane.strip->width());
         return;
     }
+    panel->show();
     for (QWidget* const one :
          {static_cast<QWidget*>(cameraPanel.get()), static_cast<QWidget*>(apsPanel.get()),
           static_cast<QWidget*>(dvsPanel.get())}) {
         if (one != panel)
             one->hide();
     }
-    panel->show();
     pane.frame->setMaximumWidth(widestPane);
     restoreWidth();
     for (QPushButton* const one : {pane.cameraButton, pane.dvsButton, pane.apsButton})

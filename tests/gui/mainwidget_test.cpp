@@ -30,9 +30,22 @@ const bool screenChosen = qEnvironmentVariable("QT_QPA_PLATFORM").contains("conf
     || qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" MAINWINDOW_SCREEN);
 
 constexpr const char* playbackButtons[] = {"pb_loop", "pb_next", "pb_prv", "pb_stop"};
-constexpr const char* iconButtons[]
-    = {"pb_logo_button", "pb_win_min", "pb_win_max", "pb_win_close", "pb_viewer_type", "pb_record",
-       "pb_prv",         "pb_play",    "pb_stop",    "pb_next",      "pb_loop",        "pb_viewer_setting"};
+constexpr const char* iconButtons[] = {"pb_logo_button",
+                                       "pb_fold_setting",
+                                       "pb_fold_dvs_setting",
+                                       "pb_fold_aps_setting",
+                                       "pb_fold_general_setting",
+                                       "pb_win_min",
+                                       "pb_win_max",
+                                       "pb_win_close",
+                                       "pb_viewer_type",
+                                       "pb_record",
+                                       "pb_prv",
+                                       "pb_play",
+                                       "pb_stop",
+                                       "pb_next",
+                                       "pb_loop",
+                                       "pb_viewer_setting"};
 
 class MainWidgetTest : public MainWindowTest
 {
@@ -229,18 +242,28 @@ TEST_F(MainWidgetTest, AChangeOfLanguageTranslatesTheFormAgain)
     EXPECT_EQ(window->windowTitle(), u"Widget"_s);
 }
 
-TEST_F(MainWidgetTest, AChangeOfLanguageEmptiesSerialTimeAndTips)
+TEST_F(MainWidgetTest, AChangeOfLanguageEmptiesValuesAndTips)
 {
-    emit window->toShowCameraSerial(u"HAL-000001"_s);
-    emit window->toShowCameraTimestamp(75'000'250);
-    for (const char* const name : iconButtons)
+    constexpr const char* valueLabels[]
+        = {"label_show_camera_info", "label_show_timestamp_info", "lb_recoding_time", "lb_unused"};
+    for (const char* const name : valueLabels) {
+        find<QLabel>(name).setText(u"value"_s);
+        find(name).setToolTip(u"tip"_s);
+    }
+    for (const char* const name : iconButtons) {
+        button(name).setText(u"text"_s);
         button(name).setToolTip(u"tip"_s);
+    }
     QEvent change(QEvent::LanguageChange);
     QCoreApplication::sendEvent(window.get(), &change);
-    EXPECT_EQ(text("label_show_camera_info"), QString());
-    EXPECT_EQ(text("label_show_timestamp_info"), QString());
-    for (const char* const name : iconButtons)
+    for (const char* const name : valueLabels) {
+        EXPECT_EQ(text(name), QString()) << name;
+        EXPECT_EQ(find(name).toolTip(), QString()) << name;
+    }
+    for (const char* const name : iconButtons) {
+        EXPECT_EQ(button(name).text(), QString()) << name;
         EXPECT_EQ(button(name).toolTip(), QString()) << name;
+    }
 }
 
 TEST_F(MainWidgetTest, TheViewerSettingsButtonThatComesUpOpensNothing)
