@@ -1,5 +1,7 @@
 #include "app/config.h"
 
+#include "app/configfile.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
@@ -46,7 +48,7 @@ Config* Config::getInstance(const QString& fileName)
 }
 
 Config::Config(const QString& fileName)
-    : settings(std::make_unique<QSettings>(fileName, QSettings::IniFormat))
+    : settings(std::make_unique<QSettings>(usableConfigFile(fileName), QSettings::IniFormat))
 {
     load();
 }

@@ -16,8 +16,9 @@ public:
     /// process exits.
     static Config* getInstance(const QString& fileName);
 
-    /// Loads `fileName` and writes nothing. A missing or unreadable file gives the defaults. The application
-    /// goes through getInstance(), so that a single object writes the file.
+    /// Loads `fileName` and writes nothing. A missing or unreadable file gives the defaults; one that holds
+    /// serialised objects, or more than a MiB, is set aside as NAME.unusable. The application goes through
+    /// getInstance(), so that a single object writes the file.
     explicit Config(const QString& fileName);
     /// Writes the file like save().
     ~Config();

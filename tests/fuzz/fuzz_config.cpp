@@ -58,5 +58,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     requireUsable(again);
     require(again.language == language && again.video_save_path == videos, "what was saved is read back");
     file.remove();
+    QFile::remove(path + QStringLiteral(".unusable"));
     return 0;
 }

@@ -128,6 +128,39 @@ TEST_F(ConfigTest, FolderInPlaceOfTheFileGivesTheDefaults)
     EXPECT_EQ(config.language, u"en"_s);
 }
 
+TEST_F(ConfigTest, AFileWithSerialisedObjectsIsSetAsideAndGivesTheDefaults)
+{
+    // Read as an object, the first asks for 48 GB.
+    for (const QByteArray& value :
+         {QByteArray("@Variant(\\0\\0\\0\\t\\x7f\\xff\\xff\\xff)"), QByteArray("a, @Variant(x)"),
+          QByteArray("\"@Variant(x)\""), QByteArray("\\x40Variant(x)"), QByteArray("\\100Variant(x)"),
+          QByteArray("@\\x56ariant(x)"), QByteArray("@DateTime(x)"), QByteArray(2000000, 'x')}) {
+        const QByteArray content = "[Setting]\nlanguage=zh\nforeign=" + value + '\n';
+        const QString path = QDir::current().filePath(u"hostile.ini"_s);
+        writeFile(path, content);
+        const CapturedMessages messages;
+        {
+            const Config config(path);
+            EXPECT_EQ(config.language, u"en"_s) << value.left(40).toStdString();
+        }
+        EXPECT_EQ(
+            messages.warnings(),
+            QStringList(path + u": holds what no settings are; it is kept as "_s + path + u".unusable"_s));
+        EXPECT_EQ(contentOf(path + u".unusable"_s), content) << "nothing is lost";
+        EXPECT_TRUE(contentOf(path).contains("language=en")) << "written at the end as ever";
+    }
+}
+
+TEST_F(ConfigTest, TextsThatOnlyLookLikeObjectsAreKept)
+{
+    const QString path = QDir::current().filePath(u"texts.ini"_s);
+    writeFile(path, "[Setting]\nlanguage=zh\nforeign=@@Variant(x)\nmail=a@Variant(b)\nnothing=@Invalid()\n");
+    const CapturedMessages messages;
+    const Config config(path);
+    EXPECT_EQ(config.language, u"zh"_s);
+    EXPECT_TRUE(messages.warnings().isEmpty());
+}
+
 TEST_F(ConfigTest, OutputFolderThatIsGoneIsReplacedByTheDefaultFolder)
 {
     store(at(u"gone"_s), existing(u"in"_s), u"en"_s, existing(u"video"_s));
