@@ -14,8 +14,13 @@ korvane_add_test(simulation_replay_test
     LINKS korvane_simulation korvane_streamsupport)
 # Those with intensity frames beside them.
 korvane_add_test(simulation_replayfusion_test THREADS
-    SOURCES simulation_replayfusion_test.cpp
+    SOURCES simulation_replayfusion.h simulation_replayfusion_test.cpp
     LINKS korvane_simulation korvane_recording korvane_streamsupport)
+# Sanitizers encode 4K frames too slowly.
+korvane_add_test(simulation_replayrecorded_test
+    SOURCES simulation_replayfusion.h simulation_replayrecorded_test.cpp
+    LINKS korvane_simulation korvane_recording korvane_streamsupport
+    LABELS release_only)
 # What all cameras without hardware do alike.
 korvane_add_test(simulation_conformance_test THREADS
     SOURCES simulation_conformance_test.cpp simulation_streamed_test.cpp

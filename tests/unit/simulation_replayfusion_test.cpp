@@ -1,143 +1,15 @@
-#include "camera/recording/apsvideoreader.h"
-#include "camera/recording/apsvideowriter.h"
-#include "camera/recording/videomark.h"
-#include "camera/recording/videopicture.h"
-#include "camera/recording/videowriter.h"
-#include "camera/simulation/replaybackend.h"
 #include "camera/simulation/replayframes.h"
-#include "camera/simulation/streamedfusioncamera.h"
 #include "tests/support/capturedmessages.h"
-#include "tests/support/plainrecording.h"
 #include "tests/support/scriptedapsreader.h"
-
-#include <QFile>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
+#include "tests/unit/simulation_replayfusion.h"
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <map>
+#include <cstdint>
 #include <memory>
-#include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
 
-using korvane::ApsFrame;
-using korvane::Event2D;
-using korvane::EventCountFrame;
-using korvane::recording::ApsVideoWriter;
-using korvane::simulation::ReplayBackend;
-using korvane::simulation::ReplayFrames;
-
-namespace {
-
-constexpr std::uint64_t period = 33333;
-
-class ReplayFusionTest : public testing::Test
-{
-protected:
-    static constexpr std::size_t slotCount = 6;
-
-    static int greyOf(std::size_t slot) { return static_cast<int>(30 + 30 * slot); }
-    QString pathOf(const std::string& name) const { return QFile::decodeName(folder.path(name).c_str()); }
-    /// Every event of slot k is at time 33333 k + 1000 j, its place follows from its time.
-    void writeEvents(const std::string& name) const
-    {
-        writePlainRecording(folder, name, steadyEvents(0, slotCount * period - 300, 1000));
-    }
-    /// A video of small frames, one of its own grey for each slot.
-    void writeFrames(const std::string& name) const
-    {
-        auto file = std::make_unique<QFile>(pathOf(name));
-        ASSERT_TRUE(file->open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered));
-        QString error;
-        const auto writer = ApsVideoWriter::create(std::move(file), 64, 36, pathOf(name), error);
-        ASSERT_TRUE(writer) << error.toStdString();
-        writer->begin(0);
-        for (std::size_t k = 0; k < slotCount; ++k) {
-            const std::vector<std::uint8_t> pixels(std::size_t{64} * 36 * 3,
-                                                   static_cast<std::uint8_t>(greyOf(k)));
-            writer->push({pixels.data(), 64, 36, k * period + 5000});
-        }
-        ASSERT_TRUE(writer->finish((slotCount - 1) * period));
-        ASSERT_EQ(writer->counts().dropped, 0U);
-    }
-    /// A video as an export leaves it.
-    void writeExport(const std::string& name) const
-    {
-        using namespace korvane::recording;
-        QFile file(pathOf(name));
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered));
-        VideoWriter::Settings settings;
-        settings.format.width = 64;
-        settings.format.height = 36;
-        settings.comment = exportedVideoMark;
-        QString error;
-        const auto writer = VideoWriter::create(file, settings, pathOf(name), error);
-        ASSERT_TRUE(writer) << error.toStdString();
-        const auto picture = VideoPicture::create(64, 36);
-        picture->draw();
-        ASSERT_TRUE(writer->write(*picture, 0, error) && writer->finish(error)) << error.toStdString();
-    }
-    std::string productOf(ReplayBackend& backend) const
-    {
-        const auto found = backend.cameraDescriptions();
-        return found.size() == 1 ? found.front().product : std::to_string(found.size());
-    }
-
-    TemporaryRecordings folder;
-};
-
-/// What a running camera sends, for a number of frames.
-class Watcher
-{
-public:
-    struct Seen
-    {
-        std::uint64_t time = 0;
-        int grey = 0;
-        std::uint64_t counted = 0; ///< events in the counts of this frame
-        bool hasCounts = false;
-    };
-
-    void watch(const std::shared_ptr<korvane::FusionCamera>& camera)
-    {
-        korvane::FusionCamera* const seen = camera.get(); // which ends its threads before it goes
-        camera->addApsFrameCallback([this, seen](const ApsFrame& frame) {
-            Seen one;
-            one.time = frame.timestamp;
-            one.grey = frame.pixels[(std::size_t{1080} * 3840 + 1920) * 3];
-            std::shared_ptr<EventCountFrame> counts;
-            one.hasCounts = seen->getEventFrameAt(counts, frame.timestamp);
-            if (one.hasCounts) {
-                for (const std::uint16_t count : counts->counts)
-                    one.counted += count;
-            }
-            const std::lock_guard lock(mutex);
-            frames.push_back(one);
-            changed.notify_all();
-        });
-        camera->addEventsStreamHandleCallback([this](const Event2D* begin, const Event2D* end) {
-            const std::lock_guard lock(mutex);
-            events.insert(events.end(), begin, end);
-        });
-    }
-    bool awaitFrames(std::size_t count)
-    {
-        std::unique_lock lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(60),
-                                [this, count] { return frames.size() >= count; });
-    }
-
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<Seen> frames; ///< under mutex
-    std::vector<Event2D> events; ///< under mutex
-};
-
-} // namespace
+using namespace korvane;
+using namespace korvane::simulation;
+using namespace korvane::simulation::testing;
 
 TEST_F(ReplayFusionTest, ARecordingWithFramesBesideItIsAFusionCamera)
 {
@@ -224,40 +96,6 @@ TEST_F(ReplayFusionTest, EachFrameComesWithTheEventsOfItsSlotRoundAfterRound)
                                           });
         EXPECT_EQ(frame.counted, static_cast<std::uint64_t>(inside)) << frame.time;
         before = (slot + 1) * period;
-    }
-}
-
-TEST_F(ReplayFusionTest, RecordedAgainEveryFrameKeepsItsSlot)
-{
-    writeEvents("take.raw");
-    writeFrames("take.mp4");
-    ReplayBackend backend(pathOf("take.raw"));
-    const auto camera = backend.openFusionCamera("take");
-    ASSERT_NE(camera, nullptr);
-    Watcher watcher;
-    watcher.watch(camera);
-    camera->startRecording(folder.path("again.raw"), korvane::STREAM_FUSION);
-    ASSERT_TRUE(camera->recorderState().writing) << camera->recorderState().error;
-    camera->start(korvane::STREAM_FUSION);
-    ASSERT_TRUE(watcher.awaitFrames(slotCount));
-    camera->stop(korvane::STREAM_FUSION);
-    camera->stopRecording(korvane::STREAM_FUSION);
-
-    QString error;
-    const auto video = korvane::recording::ApsVideoReader::open(folder.path("again.mp4"), error);
-    ASSERT_TRUE(video && video->loadFile()) << error.toStdString();
-    std::map<std::uint64_t, int> shown; // of the frames that a slow machine has left out none is asked for
-    {
-        const std::lock_guard lock(watcher.mutex);
-        for (const auto& frame : watcher.frames)
-            shown[frame.time / period] = frame.grey;
-    }
-    ApsFrame frame;
-    for (const auto& [slot, grey] : shown) {
-        video->seekFrame(slot * period, frame);
-        ASSERT_NE(frame.pixels, nullptr);
-        EXPECT_EQ(frame.timestamp, slot * period);
-        EXPECT_NEAR(frame.pixels[0], grey, 3) << slot;
     }
 }
 
