@@ -23,7 +23,7 @@ const QString sources = QStringLiteral(RESOURCES_SOURCE_DIR);
 QMap<QString, QString> addressesInUse()
 {
     static const QRegularExpression pattern(
-        u":/(?:img|font|windowbar|app_)[A-Za-z0-9_%./ -]*?(?:\\.[a-z]+)(?=[\"')&<\\s])"_s);
+        u"(?<![A-Za-z]):/(?!/)[A-Za-z0-9_%./ -]*?(?:\\.[a-z]+)(?=[\"')&<\\s])"_s);
     QMap<QString, QString> found;
     for (const QString& folder : {u"app"_s, u"camera"_s, u"display"_s, u"forms"_s, u"mainwindow"_s,
                                   u"playback"_s, u"settings"_s, u"widgets"_s, u"resources"_s}) {
@@ -97,18 +97,21 @@ TEST(Addresses, AreFoundInFormsAndCode)
 
 TEST(Addresses, AllLeadToAnEmbeddedFile)
 {
-    const QMap<QString, QString> addresses = addressesInUse();
+    // Qt's own Chinese is embedded where the machine that builds has it.
+    const QString optional = u":/qtbase_zh_CN.qm"_s;
+    QMap<QString, QString> addresses = addressesInUse();
+    EXPECT_EQ(addresses.remove(optional), 1);
     for (auto entry = addresses.begin(); entry != addresses.end(); ++entry)
         EXPECT_FALSE(embeddedFiles(entry.key()).isEmpty())
             << entry.key().toStdString() << " in " << entry.value().toStdString();
 }
 
-TEST(Addresses, AllOfImagesRenderAtOneAndTwoPixelsAPoint)
+TEST(Addresses, AllOfImagesRenderAtEveryDensity)
 {
     const QStringList images = imagesInUse();
     ASSERT_GE(images.size(), 40);
     for (const QString& image : images) {
-        for (const double ratio : {1.0, 2.0}) {
+        for (const double ratio : {1.0, 1.5, 2.0}) {
             const QImage drawn = shown(image, ratio);
             ASSERT_FALSE(drawn.isNull()) << image.toStdString() << " at " << ratio;
             EXPECT_GE(differingPart(drawn, clearImage(drawn.size()), differsVisibly), 0.02)

@@ -145,10 +145,15 @@ TEST(Images, NoneIsBlankAtTwentyFourAndFortyEightPixels)
 
 TEST(Images, EveryTwoOfDifferentNamesDifferInTwoPercentOfThePixels)
 {
-    const QStringList names = imageNames();
+    QStringList names = imageNames();
     std::vector<QImage> images;
-    for (const QString& name : names)
+    for (const QString& name : std::as_const(names))
         images.push_back(drawn(name, 48));
+    names << u"waiting.gif"_s;
+    images.push_back(QImage(u":/img/icon/waiting.gif"_s)
+                         .scaled(48, 48, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+                         .convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    ASSERT_EQ(images.back().size(), QSize(48, 48));
     for (std::size_t first = 0; first < images.size(); ++first) {
         for (std::size_t second = first + 1; second < images.size(); ++second) {
             EXPECT_GE(differingPart(images[first], images[second], differsVisibly), 0.02)
