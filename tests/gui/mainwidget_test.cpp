@@ -14,6 +14,7 @@
 #include <QGraphicsView>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPaintEvent>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QSlider>
@@ -53,6 +54,37 @@ protected:
     QImage drawn(const char* name) const { return find(name).grab().toImage(); }
     ShowImageForm& imageView() const { return *window->findChild<ShowImageForm*>(); }
     QString titleBarStyle() const { return find("widget_title_bar").styleSheet(); }
+};
+
+/// Notes what is painted outside one of the window's panes, its shadow aside. GUI thread.
+class PaintedElsewhere : public QObject
+{
+public:
+    explicit PaintedElsewhere(QWidget& onlyPane) : pane(onlyPane) { qApp->installEventFilter(this); }
+
+    int inside = 0;
+    QStringList elsewhere;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const auto* const widget = qobject_cast<const QWidget*>(watched);
+        if (event->type() != QEvent::Paint || !widget || widget->window() != pane.window())
+            return false;
+        const QRect painted = static_cast<QPaintEvent*>(event)->rect();
+        const QRect inWindow(widget->mapTo(widget->window(), painted.topLeft()), painted.size());
+        constexpr int shadow = 10;
+        const QRect allowed = QRect(pane.mapTo(pane.window(), QPoint()), pane.size())
+                                  .adjusted(-shadow, -shadow, shadow, shadow);
+        if (allowed.contains(inWindow))
+            ++inside;
+        else
+            elsewhere << widget->objectName();
+        return false;
+    }
+
+private:
+    QWidget& pane;
 };
 
 /// The window with a recording of three seconds, paused near its start.
@@ -264,6 +296,14 @@ TEST_F(MainWidgetTest, AChangeOfLanguageEmptiesValuesAndTips)
         EXPECT_EQ(button(name).text(), QString()) << name;
         EXPECT_EQ(button(name).toolTip(), QString()) << name;
     }
+}
+
+TEST_F(MainWidgetTest, KeysWithoutMeaningEndInTheWindow)
+{
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_A, {}, u"a"_s);
+    QCoreApplication::sendEvent(window.get(), &key);
+    EXPECT_TRUE(key.isAccepted());
+    EXPECT_FALSE(button("pb_play").isChecked());
 }
 
 TEST_F(MainWidgetTest, TheViewerSettingsButtonThatComesUpOpensNothing)
@@ -509,6 +549,27 @@ TEST_F(MainWidgetPlaybackTest, APictureIsShownOnlyWhenEventsWereAdded)
     emit window->triggerEventsToShow();
     emit window->triggerEventsToShow();
     EXPECT_EQ(imageView().shownPixmap().cacheKey(), stepped);
+}
+
+TEST_F(MainWidgetPlaybackTest, WhilePicturesRunOnlyTheirPaneIsPaintedAnew)
+{
+    QWidget& pane = find("frame_main");
+    click("pb_play");
+    ASSERT_TRUE(playing());
+    const auto pictures = [this](int count) {
+        return QTest::qWaitFor([this, count, seen = 0, last = qint64(0)]() mutable {
+            const qint64 now = imageView().shownPixmap().cacheKey();
+            seen += now != last ? 1 : 0;
+            last = now;
+            return seen > count;
+        });
+    };
+    // What the press itself has changed is painted by then.
+    ASSERT_TRUE(pictures(3));
+    const PaintedElsewhere painted(pane);
+    ASSERT_TRUE(pictures(15));
+    EXPECT_GT(painted.inside, 0);
+    EXPECT_EQ(painted.elsewhere, QStringList());
 }
 
 TEST_F(MainWidgetPlaybackTest, SpaceAndArrowsActWithTheFocusOnTheWindowAndTheImage)
