@@ -22,9 +22,10 @@ public:
     /// Asks; on "Restart" stores the other language, closes all windows and starts the program anew.
     void ask() const;
 
-private:
+    /// Starts the program at this path without arguments, in this one's working directory.
     static bool startDetached(const QString& program);
 
+private:
     Config& config;
     Starter starter;
 };

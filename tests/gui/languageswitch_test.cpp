@@ -5,6 +5,7 @@
 #include "tests/support/scripteddialogs.h"
 #include "widgets/kvmessagebox.h"
 
+#include <QDir>
 #include <QFile>
 #include <QPushButton>
 
@@ -98,6 +99,23 @@ TEST_F(LanguageSwitchTest, AProgramThatCannotBeStartedIsLogged)
     const CapturedMessages log;
     ask("pb_open");
     EXPECT_EQ(log.warnings().count(line), 1);
+}
+
+TEST_F(LanguageSwitchTest, TheNewInstanceGetsNoArgumentsAndTheSameFolder)
+{
+    // A program that notes how it was started; renamed, the note is whole when it is there.
+    const QString program = QDir::current().filePath(u"noting"_s);
+    QFile script(program);
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write("#!/bin/sh\n{ echo $#; pwd -P; } > note.new\nmv note.new note\n");
+    script.close();
+    ASSERT_TRUE(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    EXPECT_TRUE(LanguageSwitch::startDetached(program));
+    QFile note(u"note"_s);
+    ASSERT_TRUE(QTest::qWaitFor([&note] { return note.exists(); }, 20000));
+    ASSERT_TRUE(note.open(QIODevice::ReadOnly));
+    EXPECT_EQ(QString::fromLocal8Bit(note.readAll()), u"0\n"_s + QDir::current().canonicalPath() + u'\n');
+    EXPECT_FALSE(LanguageSwitch::startDetached(QDir::current().filePath(u"no such program"_s)));
 }
 
 TEST_F(LanguageSwitchTest, ChineseBecomesEnglish)
