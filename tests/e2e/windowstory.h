@@ -14,6 +14,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -47,16 +48,32 @@ protected:
         return found;
     }
     void click(const char* name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
-    /// Picks an item of a menu.
+    /// Opens a menu with its button and clicks an item; returns when what the item began has ended.
     void pick(const char* menuName, const QString& text) const
     {
-        const auto* const menu = window->findChild<QMenu*>(QString::fromLatin1(menuName));
-        ASSERT_NE(menu, nullptr) << menuName;
-        for (QAction* const action : menu->actions()) {
-            if (action->text() == text)
-                return action->trigger();
-        }
-        FAIL() << "no item " << text.toStdString();
+        const QString wanted = QString::fromLatin1(menuName);
+        QPushButton* opener = button("pb_viewer_setting");
+        for (QPushButton* const one : window->findChildren<QPushButton*>())
+            opener = one->menu() && one->menu()->objectName() == wanted ? one : opener;
+        bool clicked = false;
+        QTimer person;
+        QObject::connect(&person, &QTimer::timeout, &person, [&] {
+            auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            if (!menu || menu->objectName() != wanted || clicked)
+                return;
+            for (QAction* const action : menu->actions()) {
+                if (action->text() != text)
+                    continue;
+                clicked = true;
+                QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+                return;
+            }
+            menu->close();
+        });
+        person.start(2);
+        QTest::mouseClick(opener, Qt::LeftButton);
+        EXPECT_TRUE(wait([&] { return clicked && !QApplication::activePopupWidget(); }))
+            << "no item " << text.toStdString();
     }
     QString timeText() const { return window->findChild<QLabel*>(QStringLiteral("label_time"))->text(); }
     KvThreeHandleSlider* timeline() const { return window->findChild<KvThreeHandleSlider*>(); }
