@@ -1,5 +1,8 @@
 #include "camera/driver/cameratool.h"
 #include "camera/simulation/apstool.h"
+#include "camera/simulation/framecounts.h"
+#include "camera/simulation/fusionscene.h"
+#include "camera/simulation/sensorstream.h"
 #include "tests/unit/simulation_fusionpictures.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +20,7 @@ using namespace korvane::simulation::testing;
 namespace {
 
 constexpr std::size_t pixels = std::size_t{3840} * 2160;
+constexpr std::size_t rowBytes = std::size_t{3840} * 3;
 
 /// The standard camera's intensity sensor, and the tool that sets it.
 class Sensor
@@ -30,12 +34,12 @@ public:
     bool set(const std::string& name, int value) { return tool->setIntParameter(name, value); }
     bool flip(bool value) { return tool->setBoolParameter("flip", value); }
     /// The bytes of its picture of one moment.
-    std::vector<std::uint8_t> picture()
+    std::vector<std::uint8_t> picture(std::uint64_t time = 1'000'000)
     {
         ApsParameters parameters;
         if (handover->take(parameters))
             renderer.setParameters(parameters);
-        const ApsFrame frame = renderer.render(1'000'000);
+        const ApsFrame frame = renderer.render(time);
         return {frame.pixels, frame.pixels + pixels * 3};
     }
 
@@ -150,7 +154,6 @@ TEST(ApsTool, FlippedTheRowsComeInReverseByteForByte)
     const auto upright = sensor.picture();
     ASSERT_TRUE(sensor.flip(true));
     const auto turned = sensor.picture();
-    constexpr std::size_t rowBytes = std::size_t{3840} * 3;
     for (std::size_t y = 0; y < 2160; ++y) {
         const auto row = turned.begin() + static_cast<std::ptrdiff_t>(y * rowBytes);
         ASSERT_TRUE(std::equal(row, row + static_cast<std::ptrdiff_t>(rowBytes),
@@ -198,33 +201,27 @@ TEST(ApsTool, ActsOnTheNextFramesOfACameraThatRuns)
 
 TEST(ApsTool, EventsLieOnTheEdgesOfThePictureTurnedBackWhenItIsFlipped)
 {
-    // The event sensor is not the one that is set: the same events, the other way up.
-    const auto camera = SimulatedFusionCamera::make(stageConfig());
-    ASSERT_TRUE(camera->getTool(ToolType::Aps)->setBoolParameter("flip", true));
-    Receiver receiver(camera);
-    std::mutex mutex;
-    std::vector<std::pair<Shares, Shares>> shares; // of the picture as it comes, and turned back
-    receiver.onFrame = [&](const ApsFrame& frame) {
-        std::shared_ptr<EventCountFrame> counts;
-        if (frame.timestamp % (10 * 33333) != 0 || !camera->getEventFrameAt(counts, frame.timestamp))
-            return;
-        constexpr std::size_t rowBytes = std::size_t{3840} * 3;
-        std::vector<std::uint8_t> back;
-        for (std::size_t y = 2160; y-- > 0;)
-            back.insert(back.end(), frame.pixels + y * rowBytes, frame.pixels + (y + 1) * rowBytes);
-        const std::lock_guard lock(mutex);
-        shares.emplace_back(edgeShares(frame, *counts),
-                            edgeShares({back.data(), 3840, 2160, frame.timestamp}, *counts));
-    };
-    camera->start(STREAM_FUSION);
-    ASSERT_TRUE(receiver.awaitFrames(25));
-    camera->stop(STREAM_FUSION);
-    const std::lock_guard lock(mutex);
-    ASSERT_FALSE(shares.empty());
-    for (const auto& [asItComes, turnedBack] : shares) {
-        EXPECT_GE(turnedBack.onEdges, 0.8);
-        EXPECT_LT(asItComes.onEdges, 0.4);
-    }
+    // The event sensor is not the one that is set: the same events, the picture the other way up.
+    constexpr std::uint64_t time = 6 * FrameCounts::period;
+    const SimulatedCameraConfig config = stageConfig();
+    const auto stage = std::make_shared<const FusionStage>(config.seed);
+    SensorStream stream(std::make_unique<FusionScene>(stage), config.sensor, config.seed);
+    FrameCounts counting;
+    while (stream.time() <= time)
+        counting.count(stream.generateStep().events);
+    counting.closeFrame(time - FrameCounts::period);
+    counting.closeFrame(time);
+    std::shared_ptr<EventCountFrame> counts;
+    ASSERT_TRUE(counting.get(counts, time));
+
+    Sensor sensor;
+    ASSERT_TRUE(sensor.flip(true));
+    const auto turned = sensor.picture(time);
+    std::vector<std::uint8_t> back;
+    for (std::size_t y = 2160; y-- > 0;)
+        back.insert(back.end(), turned.data() + y * rowBytes, turned.data() + (y + 1) * rowBytes);
+    EXPECT_GE(edgeShares({back.data(), 3840, 2160, time}, *counts).onEdges, 0.8);
+    EXPECT_LT(edgeShares({turned.data(), 3840, 2160, time}, *counts).onEdges, 0.4);
 }
 
 TEST(ApsTool, OutlivesItsCamera)
