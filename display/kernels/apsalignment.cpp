@@ -11,6 +11,8 @@ namespace {
 static_assert(std::bit_cast<std::uint32_t>(ApsAlignment::scale) == 0x405682A6U);
 
 constexpr std::size_t pixelBytes = 3;
+constexpr std::size_t cacheLine = 64; // bytes
+constexpr std::size_t fetchedAtOnce = 32; // pixels
 
 /// Source positions of a line of `count` pixels about the middle of a source line. This file is compiled
 /// without fused multiply-add, which would round differently.
@@ -47,7 +49,8 @@ void ApsAlignment::align(const BgrView& source, std::uint8_t* destination,
     const auto left = static_cast<std::size_t>(first - columns.begin());
     const auto inside = static_cast<std::size_t>(last - first);
     const int* const sampled = columns.data() + left;
-    for (const int sourceRow : rows) {
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        const int sourceRow = rows[row];
         std::uint8_t* out = destination;
         destination += destinationStride;
         if (sourceRow < 0 || sourceRow >= source.height) {
@@ -57,12 +60,24 @@ void ApsAlignment::align(const BgrView& source, std::uint8_t* destination,
         fillWhite(out, left);
         out += left * pixelBytes;
         const std::uint8_t* const line = source.pixels + static_cast<std::size_t>(sourceRow) * source.stride;
+        // The next row lies far away and is not in a cache: it is fetched while this one is sampled.
+        const bool hasNext = row + 1 < rows.size() && rows[row + 1] < source.height;
+        const std::uint8_t* const nextLine
+            = source.pixels + static_cast<std::size_t>(hasNext ? rows[row + 1] : sourceRow) * source.stride;
         // Four bytes at a time, the fourth overwritten by the next pixel; the last one goes alone.
         std::size_t i = 0;
-        for (; i + 1 < inside; ++i) {
-            std::uint32_t pixel;
-            std::memcpy(&pixel, line + static_cast<std::size_t>(sampled[i]) * pixelBytes, sizeof(pixel));
-            std::memcpy(out + i * pixelBytes, &pixel, sizeof(pixel));
+        while (i + 1 < inside) {
+            const std::uint8_t* const ahead = nextLine + static_cast<std::size_t>(sampled[i]) * pixelBytes;
+            const std::size_t end = std::min(i + fetchedAtOnce, inside - 1);
+            const std::uint8_t* const aheadEnd
+                = nextLine + static_cast<std::size_t>(sampled[end]) * pixelBytes;
+            for (const std::uint8_t* place = ahead; place < aheadEnd; place += cacheLine)
+                __builtin_prefetch(place);
+            for (; i < end; ++i) {
+                std::uint32_t pixel;
+                std::memcpy(&pixel, line + static_cast<std::size_t>(sampled[i]) * pixelBytes, sizeof(pixel));
+                std::memcpy(out + i * pixelBytes, &pixel, sizeof(pixel));
+            }
         }
         if (i < inside)
             std::memcpy(out + i * pixelBytes, line + static_cast<std::size_t>(sampled[i]) * pixelBytes,
