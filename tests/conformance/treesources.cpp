@@ -85,7 +85,7 @@ private:
     void (*cable)(bool) = nullptr;
 };
 
-/// Records a third of a second of a camera.
+/// Records a moment of a camera.
 std::string recorded(const CameraSource& source, const std::string& folder)
 {
     const auto camera = source.backend()->openCamera(source.serial);
@@ -96,7 +96,7 @@ std::string recorded(const CameraSource& source, const std::string& folder)
     if (camera->start() != 0)
         return {};
     std::vector<korvane::Event2D> batch;
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 4; ++i)
         waitFor([&] { return camera->getNextEventBatch(batch); });
     camera->stop();
     camera->stopRecording();
@@ -129,7 +129,7 @@ std::vector<CameraSource> fusionCameraSources()
 std::vector<RecordingSource> recordingSources()
 {
     std::vector<RecordingSource> sources;
-    for (const CameraSource& camera : dvsCameraSources()) {
+    for (const CameraSource& camera : {dvsCameraSources().front(), fromTheLibrary()}) {
         sources.push_back({"RecordedFrom" + camera.name,
                            [camera](const std::string& folder) { return recorded(camera, folder); },
                            &recordings});
