@@ -130,7 +130,7 @@ public:
     bool awaitFrames(std::size_t count)
     {
         std::unique_lock lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(30),
+        return changed.wait_for(lock, std::chrono::seconds(60),
                                 [this, count] { return frames.size() >= count; });
     }
     std::vector<std::uint64_t> frameTimes() const
