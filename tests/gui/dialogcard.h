@@ -8,6 +8,8 @@
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStyle>
+#include <QStyleOptionButton>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -41,7 +43,16 @@ inline QRect placeOf(const QWidget& dialog, const char* name)
 inline void expectFamilyLook(QDialog& dialog)
 {
     EXPECT_TRUE(dialog.windowFlags().testFlag(Qt::FramelessWindowHint));
-    find<QWidget>(dialog, "pb_cancel")->clearFocus();
+    // With the focus or without it, the outline is one pixel.
+    const QRect outlined = placeOf(dialog, "pb_cancel");
+    for (const bool focused : {true, false}) {
+        QWidget* const button = find<QWidget>(dialog, "pb_cancel");
+        focused ? button->setFocus() : button->clearFocus();
+        const QImage shown = dialog.grab().toImage();
+        EXPECT_EQ(shown.pixelColor(outlined.center().x(), outlined.top()), QColor(0x00, 0x4B, 0x6A))
+            << focused;
+        EXPECT_EQ(shown.pixelColor(outlined.center().x(), outlined.top() + 1), QColor(Qt::white)) << focused;
+    }
     const auto* const cross = find<QWidget>(dialog, "pb_win_close");
     EXPECT_EQ(cross->size(), QSize(30, 30));
 
@@ -103,6 +114,26 @@ inline void expectPressedLooks(QDialog& dialog)
     const auto cancel = pressedColours("pb_cancel", edge);
     EXPECT_EQ(cancel.first, QColor(0x2C, 0x65, 0x80));
     EXPECT_EQ(cancel.second, QColor(0x2C, 0x65, 0x80));
+
+    // White text; the border is seen by the room that it takes.
+    auto* const outlined = find<QAbstractButton>(dialog, "pb_cancel");
+    const auto border = [outlined](QStyle::State state) {
+        QStyleOptionButton option;
+        option.initFrom(outlined);
+        option.state |= state;
+        return outlined->style()->subElementRect(QStyle::SE_PushButtonContents, &option, outlined).left();
+    };
+    EXPECT_EQ(border(QStyle::State_Raised), 1);
+    EXPECT_EQ(border(QStyle::State_Sunken), 3);
+    outlined->setDown(true);
+    const QImage picture = outlined->grab().toImage();
+    outlined->setDown(false);
+    int white = 0;
+    for (int y = 5; y < picture.height() - 5; ++y) {
+        for (int x = 12; x < picture.width() - 12; ++x)
+            white += picture.pixelColor(x, y) == QColor(Qt::white) ? 1 : 0;
+    }
+    EXPECT_GT(white, 20) << "its text";
 }
 
 /// A path box: outlined by one grey pixel, white inside.

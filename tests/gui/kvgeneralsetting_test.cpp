@@ -205,6 +205,8 @@ TEST_F(KvGeneralSettingTest, IsAFramelessCardInItsColours)
     card::expectPressedLooks(*dialog);
     card::expectBox(*dialog, "widget_raw_file_path_setting");
     card::expectBox(*dialog, "widget_raw_file_path_setting_2");
+    EXPECT_EQ(dialog->font().pixelSize(), 18);
+    EXPECT_EQ(dialog->font().family(), u"Noto Sans SC Medium"_s);
     EXPECT_EQ(field("le_default_file_path")->font().pixelSize(), 18);
     EXPECT_EQ(field("le_default_file_path")->font().family(), u"Noto Sans SC Medium"_s);
 }
