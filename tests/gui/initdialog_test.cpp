@@ -159,3 +159,43 @@ TEST(InitDialog, PaintsTheCardInItsColours)
     EXPECT_LT(picture.pixelColor(10, 10).alpha(), 255);
     EXPECT_LT(picture.pixelColor(509, 369).alpha(), 255);
 }
+
+TEST(InitDialog, WritesVersionAndCopyrightSmallInGreyOnTheDialogsFont)
+{
+    InitDialog dialog(nullptr);
+    show(dialog);
+    EXPECT_EQ(dialog.font().pixelSize(), 16);
+    EXPECT_EQ(dialog.font().family(), u"Noto Sans SC Medium"_s);
+    for (const char* const name : {"lb_version", "label_2"}) {
+        const QWidget& label = *child(dialog, name);
+        EXPECT_EQ(label.font().pixelSize(), 14) << name;
+        EXPECT_EQ(label.font().family(), u"Noto Sans Myanmar"_s) << name;
+        EXPECT_EQ(label.palette().color(label.foregroundRole()), QColor(0x7C, 0x7C, 0x7C)) << name;
+    }
+}
+
+TEST(InitDialog, TheCrossShowsItsImagesOnTheHeader)
+{
+    InitDialog dialog(nullptr);
+    show(dialog);
+    auto* const cross = qobject_cast<QToolButton*>(child(dialog, "btn_close"));
+    const auto onHeader = [](QToolButton& button) {
+        QImage image(button.size(), QImage::Format_RGB32);
+        image.fill(QColor(0x00, 0x4B, 0x6A));
+        button.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+        return image;
+    };
+    const auto showing = [&](const char* image) {
+        QToolButton plain(cross->parentWidget());
+        plain.setFixedSize(cross->size());
+        plain.setStyleSheet(
+            u"QToolButton { border: none; background: transparent; image: url(:/img/assets/%1.svg); }"_s.arg(
+                QLatin1StringView(image)));
+        return onHeader(plain);
+    };
+    const QImage rest = onHeader(*cross);
+    EXPECT_EQ(rest, showing("btn_Nav_CloseWindow_White"));
+    cross->setAttribute(Qt::WA_UnderMouse);
+    EXPECT_EQ(onHeader(*cross), showing("btn_Nav_CloseWindow_White_Hover"));
+    EXPECT_NE(onHeader(*cross), rest);
+}

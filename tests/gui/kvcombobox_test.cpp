@@ -174,6 +174,13 @@ TEST(KVComboBoxBase, DrawsNoFocusFrameOnItsEntries)
     EXPECT_EQ(drawn(*delegate, QStyle::State_HasFocus), drawn(*delegate, {}));
 }
 
+TEST_F(KvComboBoxTest, WritesInTwelvePixels)
+{
+    EXPECT_EQ(base->font().pixelSize(), 12);
+    EXPECT_EQ(base->font().family(), u"Noto Sans SC Medium"_s);
+    EXPECT_EQ(field->font().pixelSize(), 12);
+}
+
 TEST_F(KvComboBoxTest, ChoosingAnEntryReportsAFinishedEditAndNoTyping)
 {
     QSignalSpy current(combo, &KvComboBox::currentTextChanged);

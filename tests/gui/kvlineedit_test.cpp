@@ -5,6 +5,8 @@
 #include "widgets/popwidget.h"
 
 #include <QApplication>
+#include <QIcon>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
@@ -82,6 +84,8 @@ TEST(KvLineEditBase, TheBorderAndTheSignalFollowTheFocus)
     EXPECT_EQ(border(), QColor(0xAC, 0xAC, 0xAC));
     EXPECT_EQ(editor->palette().color(QPalette::Text), QColor(0x55, 0x55, 0x55));
     EXPECT_TRUE(editor->alignment().testFlag(Qt::AlignHCenter));
+    EXPECT_EQ(editor->font().pixelSize(), 12);
+    EXPECT_EQ(editor->font().family(), u"Noto Sans SC Medium"_s);
     editor->setFocus();
     EXPECT_EQ(border(), QColor(0x00, 0x4B, 0x6A));
     other->setFocus();
@@ -94,6 +98,40 @@ TEST(KvLineEditBase, TheBorderAndTheSignalFollowTheFocus)
     editor->setStyleSheet(u"color: #555555;"_s);
     editor->setBorderColor(u"#FF6058"_s);
     EXPECT_EQ(editor->styleSheet(), u"color: #555555;border: 1px solid #FF6058;"_s);
+}
+
+TEST_F(KvLineEditTest, ThePopUpsHandleIsItsImageInNinePixels)
+{
+    focusEditor();
+    ASSERT_NE(slider(), nullptr);
+    slider()->setValue(50);
+    QImage handle(9, 9, QImage::Format_ARGB32);
+    handle.fill(Qt::transparent);
+    QPainter painter(&handle);
+    QIcon(u":/img/assets/btn_setting_thumbs.svg"_s).paint(&painter, handle.rect());
+    painter.end();
+    const QImage shown = slider()->grab().toImage();
+    const auto standsAt = [&](int left, int top) {
+        int compared = 0;
+        for (int y = 0; y < handle.height(); ++y) {
+            for (int x = 0; x < handle.width(); ++x) {
+                if (handle.pixelColor(x, y).alpha() < 255)
+                    continue;
+                ++compared;
+                if (shown.pixelColor(left + x, top + y).rgb() != handle.pixelColor(x, y).rgb())
+                    return false;
+            }
+        }
+        return compared > 20;
+    };
+    QPoint place(-1, -1);
+    for (int top = 0; top <= shown.height() - handle.height(); ++top) {
+        for (int left = 0; left <= shown.width() - handle.width(); ++left)
+            place = standsAt(left, top) ? QPoint(left, top) : place;
+    }
+    ASSERT_NE(place, QPoint(-1, -1)) << "the image is not to be seen";
+    EXPECT_NEAR(place.x() + 4, shown.width() / 2, 2);
+    EXPECT_NEAR(place.y() + 4, shown.height() / 2, 1);
 }
 
 TEST_F(KvLineEditTest, TypingANumberAndLeavingMovesTheSliderAndReportsOnce)

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QScreen>
 #include <QSignalSpy>
@@ -256,6 +257,10 @@ TEST_F(KvToolTipTest, IsAWhiteBubbleWithCleanCorners)
     const auto* label = tip.findChild<QLabel*>();
     EXPECT_EQ(label->palette().color(QPalette::WindowText), QColor(0x64, 0x64, 0x64));
     EXPECT_EQ(label->font().pixelSize(), 10);
+    EXPECT_EQ(label->font().family(), u"Noto Sans SC Medium"_s);
+    // Ten pixels and the border's one at each side.
+    const int text = QFontMetrics(label->font()).horizontalAdvance(label->text());
+    EXPECT_NEAR(label->sizeHint().width(), text + 2 * (10 + 1), 1);
 }
 
 TEST_F(KvToolTipTest, TakesNoFocusAndNoEvents)
