@@ -59,6 +59,9 @@ private:
     /// Texts of plain digits are what they say; nothing else is a time but 0, blanks and a sign apart.
     static void requireNumberOrNothing(const QString& text, std::uint64_t time)
     {
+        // Nobody types a NUL; a number ends there.
+        if (text.contains(QChar(u'\0')))
+            return;
         const bool digits = !text.isEmpty() && text.size() <= 19
             && std::all_of(text.begin(), text.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
         if (digits)

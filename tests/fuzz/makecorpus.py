@@ -199,7 +199,7 @@ def write_times():
         "too_huge": ("18446744073709551616", "99999999999999999999999"), "negative": ("-1", "-99"),
         "letters": ("abc", "0x10"), "empty": ("", ""), "blanks": (" 64", "128 "), "zeros": ("00064", "000"),
         "signs": ("+64", "+-5"), "fractions": ("1.5", "1e3"), "groups": ("1,000", "10 000"),
-        "other_digits": ("٦٤", "128"), "signed_limit": ("9223372036854775807", "9223372036854775808"),
+        "nul": ("-118", "99999999\0\0'-9"), "other_digits": ("٦٤", "128"), "signed_limit": ("9223372036854775807", "9223372036854775808"),
     }
     for name, pair in pairs.items():
         (folder / name).write_text("\n".join(pair), encoding="utf-8")
