@@ -1,3 +1,4 @@
+#include "camera/cameraslist.h"
 #include "camera/driver/dvsfilereader.h"
 #include "playback/kvcutrawfile.h"
 #include "tests/e2e/desktopstory.h"
@@ -194,17 +195,13 @@ TEST_F(DesktopStory, ARecordingIsPlayedCutAndFollowedByALiveCameraWithPointerAnd
         EXPECT_LT(end, 2'000'000U);
 
         choose("pb_menu_device", u"Open Camera"_s);
-        QPoint row;
-        ASSERT_TRUE(untilOnGui([&row] {
-            const QWidget* const dialog = QApplication::activeModalWidget();
+        ASSERT_TRUE(untilInFront<CamerasList>());
+        const QPoint row = onGui([] {
             const auto* const list
-                = dialog ? dialog->findChild<QListWidget*>(u"listWidget_cameras"_s) : nullptr;
-            if (!list || !dialog->isActiveWindow() || list->count() == 0)
-                return false;
-            row = list->viewport()->mapToGlobal(list->visualItemRect(list->item(0)).center());
-            return true;
-        }));
-        moveTo(row);
+                = QApplication::activeModalWidget()->findChild<QListWidget*>(u"listWidget_cameras"_s);
+            return list->viewport()->mapTo(list, list->visualItemRect(list->item(0)).center());
+        });
+        moveTo(place("listWidget_cameras").topLeft() + row);
         xdotool({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"60"_s, u"1"_s});
         ASSERT_TRUE(until([this] { return text("label_show_camera_info") == u"HAL-000001"_s; }));
         ASSERT_TRUE(until([this] { return !text("label_show_timestamp_info").isEmpty(); }));

@@ -142,7 +142,10 @@ protected:
     /// Where the window is on the screen.
     QRect geometry() const
     {
-        const WId id = onGui([this] { return window->winId(); });
+        return geometryOf(onGui([this] { return window->winId(); }));
+    }
+    static QRect geometryOf(WId id)
+    {
         const QString answer
             = xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), QString::number(id)});
         const auto value = [&answer](const QString& name) {
@@ -175,15 +178,18 @@ protected:
     /// A widget of the dialog in front, else of the window. Its place on the screen, empty without it.
     QRect place(const char* name) const
     {
-        const QRect found = onGui([this, name] {
+        WId id = 0;
+        const QRect found = onGui([this, name, &id] {
             const QWidget* const front = QApplication::activeModalWidget();
-            const auto* const widget
-                = (front ? front : window.get())->findChild<QWidget*>(QString::fromLatin1(name));
-            return widget && widget->isVisible() ? QRect(widget->mapToGlobal(QPoint()), widget->size())
-                                                 : QRect();
+            const QWidget* const top = front ? front : window.get();
+            const auto* const widget = top->findChild<QWidget*>(QString::fromLatin1(name));
+            if (!widget || !widget->isVisible())
+                return QRect();
+            id = top->winId();
+            return QRect(widget->mapTo(top, QPoint()), widget->size());
         });
         EXPECT_FALSE(found.isEmpty()) << "there is no " << name << " to be seen";
-        return found;
+        return id != 0 ? found.translated(geometryOf(id).topLeft()) : found;
     }
     void click(const char* name) const { clickAt(place(name).center()); }
     bool isChecked(const char* name) const
