@@ -10,6 +10,7 @@ if(TARGET korvane_mainwindow AND TARGET korvane_resources)
         SOURCES
             livesessionfixture.h
             mainwidget_test.cpp
+            mainwidgetplayback_test.cpp
             mainwindowbuttons_test.cpp
             mainwindowfixture.h
             mainwindowinterface_test.cpp
