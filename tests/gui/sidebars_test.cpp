@@ -1,11 +1,13 @@
 #include "mainwindow/sidebars.h"
 
+#include "settings/settingitembox.h"
 #include "settings/sidebarapssettingui.h"
 #include "settings/sidebarcamerasettingui.h"
 #include "settings/sidebardvssettingui.h"
 #include "tests/gui/livesessionfixture.h"
 #include "tests/gui/mainwindowfixture.h"
 #include "tests/support/scriptedfusioncamera.h"
+#include "tests/support/scriptedtool.h"
 
 #include <QBoxLayout>
 #include <QSplitter>
@@ -53,9 +55,14 @@ constexpr std::pair<korvane::ToolType, const char*> dvsTools[] = {
 class FusionBackend : public korvane::Backend
 {
 public:
-    explicit FusionBackend(ScriptedLog& callLog) : log(callLog) {}
+    explicit FusionBackend(ScriptedLog& callLog)
+        : log(callLog), apsTool(std::make_shared<EmptyTool>("7", callLog))
+    {
+    }
 
     void offer() { offered = true; }
+    /// What the cameras opened from then on tell about their intensity sensor.
+    void setApsTool(std::shared_ptr<korvane::CameraTool> tool) { apsTool = std::move(tool); }
     std::string name() const override { return "scripted fusion"; }
     std::vector<korvane::CameraDescription> cameraDescriptions() override
     {
@@ -71,12 +78,13 @@ public:
         auto camera = std::make_shared<ScriptedFusionCamera>(serial, log);
         for (const auto& [type, name] : dvsTools)
             camera->addTool(type, std::make_shared<EmptyTool>(name, log));
-        camera->addTool(korvane::ToolType::Aps, std::make_shared<EmptyTool>("7", log));
+        camera->addTool(korvane::ToolType::Aps, apsTool);
         return camera;
     }
 
 private:
     ScriptedLog& log;
+    std::shared_ptr<korvane::CameraTool> apsTool;
     bool offered = false;
 };
 
@@ -284,6 +292,29 @@ TEST_F(SideBarsTest, ARecordingEmptiesThePanels)
         QStringList({u"camera device is null ."_s, u"Camera tool is null ."_s, u"camera device is null ."_s,
                      u"camera device is null ."_s, u"camera device is null ."_s, u"camera device is null ."_s,
                      u"camera device is null ."_s}));
+}
+
+TEST_F(SideBarsTest, ARecordingEmptiesTheApsPanelAndFreesTheFrameRateUntilTheNextCamera)
+{
+    const auto tool = std::make_shared<ScriptedTool>();
+    tool->addInteger("exposure", 1, 100, 10, "ms");
+    fusion.setApsTool(tool);
+    fusion.offer();
+    const auto* const aps = frame.findChild<SidebarApsSettingUI*>();
+    const auto* const frameRate = frame.findChild<QWidget*>(u"widget_combobox_frame_rate"_s);
+    ASSERT_NE(aps, nullptr);
+    ASSERT_NE(frameRate, nullptr);
+    const auto sections = [aps] { return aps->findChildren<SettingItemBox*>().size(); };
+    EXPECT_EQ(sections(), 0);
+    EXPECT_TRUE(frameRate->isEnabled());
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(session->openCameraBySerial(u"F1"_s));
+        EXPECT_EQ(sections(), 1) << round;
+        EXPECT_FALSE(frameRate->isEnabled()) << "a camera sets its own pace, " << round;
+        bars->recordingOpened();
+        EXPECT_EQ(sections(), 0) << round;
+        EXPECT_TRUE(frameRate->isEnabled()) << "a recording is played at any rate, " << round;
+    }
 }
 
 TEST_F(SideBarsTest, AnAccumulationTimeReachesTheTimingAndTheOpenCamera)
