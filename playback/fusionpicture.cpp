@@ -42,7 +42,11 @@ QImage wrapApsFrame(const korvane::ApsFrame& frame)
     if (frame.pixels && sized)
         return {frame.pixels, ApsAlignment::apsWidth, ApsAlignment::apsHeight, QImage::Format_BGR888};
     static std::atomic<bool> told{false};
-    if (!told.exchange(true))
+    if (told.exchange(true))
+        return {};
+    if (!frame.pixels)
+        qWarning() << "An intensity frame without pixels cannot be shown.";
+    else
         qWarning().nospace() << "Intensity frames of " << frame.width << " x " << frame.height
                              << " pixels cannot be shown: the camera's have " << ApsAlignment::apsWidth
                              << " x " << ApsAlignment::apsHeight << ".";

@@ -15,8 +15,9 @@ void FusionPlayLoop::start(const FusionRecording& opened)
 {
     stop();
     // What is resumed goes on from the frame read last.
-    if (recording.apsReader != opened.apsReader)
+    if (frameReader.lock() != opened.apsReader)
         frame = {};
+    frameReader = opened.apsReader;
     recording = opened;
     // Set before the thread starts and never by it: a stop that comes at once is not lost.
     playing = true;
@@ -41,6 +42,8 @@ void FusionPlayLoop::playLoop()
         if (remaining.count() >= 1 && playing)
             clock.waitFor(remaining, playing);
     } while (playing);
+    // Another recording may be opened before the next start: this one's readers are not kept for it.
+    recording = {};
 }
 
 void FusionPlayLoop::tick()

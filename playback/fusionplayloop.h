@@ -69,7 +69,8 @@ private:
     FusionPicture& picture;
     FusionPlaybackOutput& output;
     PlaybackClock& clock;
-    FusionRecording recording; ///< set while the thread does not run
+    FusionRecording recording; ///< the play thread's, while it runs
+    std::weak_ptr<korvane::ApsFileReader> frameReader; ///< of whom `frame` is
     korvane::ApsFrame frame; ///< the play thread's: the frame read last
     std::atomic<bool> playing{false};
     std::atomic<bool> replay{false};

@@ -36,6 +36,8 @@ public:
 
     /// Of the videos that are started from now on; before the first one, by whoever makes this.
     void setEncoders(ApsVideoWriter::Encoders wanted) { encoders = std::move(wanted); }
+    /// As setEncoders.
+    void setOpenDevice(OpenDevice wanted) { openDevice = std::move(wanted); }
     /// Starts the video that belongs to the events recorded at `rawPath` (local 8-bit encoding). What goes
     /// wrong stands in state().
     void start(const std::string& rawPath);
@@ -57,7 +59,7 @@ private:
 
     const int width;
     const int height;
-    const OpenDevice openDevice;
+    OpenDevice openDevice;
     ApsVideoWriter::Encoders encoders;
     std::mutex pushMutex; ///< held while a frame is taken: the video is completed after the last one
     mutable std::mutex mutex;

@@ -9,7 +9,7 @@ namespace korvane::recording {
 namespace {
 
 constexpr AVRational microseconds{1, 1000000};
-constexpr std::int64_t longestFragment = 500000; // microseconds
+constexpr std::int64_t longestFragment = 250000; // microseconds
 
 } // namespace
 

@@ -15,7 +15,7 @@ void RecorderPort::setSink(std::shared_ptr<EventSink> next)
     sink.swap(next);
 }
 
-void RecorderPort::deliver(const StreamStep& step)
+void RecorderPort::deliver(const StreamStep& step, bool recorded)
 {
     const auto events = step.events;
     {
@@ -23,7 +23,8 @@ void RecorderPort::deliver(const StreamStep& step)
         if (sink)
             sink->onEvents(events.data(), events.data() + events.size());
     }
-    recorder.push(events, step.triggers);
+    if (recorded)
+        recorder.push(events, step.triggers);
 }
 
 } // namespace korvane::simulation

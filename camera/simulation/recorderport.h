@@ -21,8 +21,9 @@ public:
     /// Every event from now on goes to `next` too; after the return no call into the former sink runs. May be
     /// empty.
     void setSink(std::shared_ptr<EventSink> next);
-    /// Waits while the disk is behind: a recording loses nothing.
-    void deliver(const StreamStep& step);
+    /// Waits while the disk is behind: a recording loses nothing. A step that is not to be recorded goes to
+    /// the sink only.
+    void deliver(const StreamStep& step, bool recorded = true);
 
     void start(const std::string& path) { recorder.start(path); }
     void stop() { recorder.stop(); }

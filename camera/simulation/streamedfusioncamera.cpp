@@ -175,18 +175,25 @@ void StreamedFusionCamera::pull()
 
 void StreamedFusionCamera::startRecording(std::string path, STREAM_TYPE)
 {
-    const std::lock_guard lock(recordingMutex);
+    setRecorded(false);
     recorder.start(path);
     const RecorderState state = recorder.state();
     if (state.writing)
         intensityRecorder.start(state.path);
+    setRecorded(true);
 }
 
 void StreamedFusionCamera::stopRecording(STREAM_TYPE)
 {
-    const std::lock_guard lock(recordingMutex);
-    recorder.stop();
+    setRecorded(false);
     intensityRecorder.stop();
+    recorder.stop();
+}
+
+void StreamedFusionCamera::setRecorded(bool on)
+{
+    const std::lock_guard lock(recordingMutex);
+    recorded = on;
 }
 
 RecorderState StreamedFusionCamera::recorderState()
@@ -216,8 +223,9 @@ void StreamedFusionCamera::take(const StreamStep& made)
     const StreamStep step = tools.process(made);
     {
         const std::lock_guard lock(recordingMutex);
-        recorder.deliver(step);
-        intensityRecorder.noteEvents(step.events);
+        recorder.deliver(step, recorded);
+        if (recorded)
+            intensityRecorder.noteEvents(step.events);
     }
     counts.count(step.events);
     std::vector<EventsCallback> callbacks;
@@ -268,10 +276,9 @@ void StreamedFusionCamera::makeFrames()
         const std::lock_guard lock(mutex);
         next = (coveredUntil / framePeriod + 1) * framePeriod;
     }
-    bool told = false;
     while (const std::uint64_t time = awaitFrame(next)) {
-        if (time > next && !told) {
-            told = true;
+        if (time > next && !toldSlow) {
+            toldSlow = true;
             qWarning("Camera %s makes fewer than 30 intensity frames a second on this machine.",
                      serial.c_str());
         }

@@ -77,6 +77,7 @@ private:
     static void prepareRelease();
     static void release(StreamedFusionCamera* camera);
 
+    void setRecorded(bool on);
     void take(const StreamStep& made);
     void runFrames();
     void makeFrames();
@@ -87,11 +88,13 @@ private:
     const std::unique_ptr<EventStream> stream;
     const std::uint64_t stepUs; // of the stream
     StreamTools tools;
-    std::mutex recordingMutex; // both files of a recording begin with the same event
+    std::mutex recordingMutex; // never held while files are opened or completed: events do not wait for them
+    bool recorded = false; // guarded by recordingMutex: both files begin and end with the same event
     RecorderPort recorder;
     recording::IntensityRecorder intensityRecorder;
     FrameCounts counts;
     const std::unique_ptr<FrameSource> frameSource; // the frame thread's while it runs
+    bool toldSlow = false; // the frame thread's
 
     std::mutex callbackMutex;
     std::vector<EventsCallback> eventsCallbacks; // guarded by callbackMutex

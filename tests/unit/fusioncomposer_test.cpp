@@ -1,5 +1,6 @@
 #include "playback/fusioncomposer.h"
 
+#include "tests/support/capturedmessages.h"
 #include "tests/support/scriptedfusioncamera.h"
 
 #include <gtest/gtest.h>
@@ -67,8 +68,14 @@ protected:
     FusionPicture picture;
     FusionComposer composer{picture,
                             {
-                                [this](const QImage& image) { images.push_back(image); },
-                                [this](std::uint64_t time) { times.push_back(time); },
+                                [this](const QImage& image) {
+                                    images.push_back(image);
+                                    log.add("image");
+                                },
+                                [this](std::uint64_t time) {
+                                    times.push_back(time);
+                                    log.add("time " + std::to_string(time));
+                                },
                             }};
 };
 
@@ -180,12 +187,29 @@ TEST_F(FusionComposerTest, EventsCountOnlyWhileTheDvsViewIsShownAndAreKeptWhenIt
     EXPECT_EQ(images[1].pixelColor(999, 10), red);
 }
 
-TEST_F(FusionComposerTest, AFrameOfAnotherSizeIsRefused)
+TEST_F(FusionComposerTest, AFrameOfAnotherSizeIsRefusedAndToldOnce)
 {
+    const CapturedMessages messages;
     composer.setViewerType(korvane::STREAM_APS);
     composer.onApsFrame({pixels.data(), 1920, 1080, 3});
     composer.onApsFrame({nullptr, 3840, 2160, 4});
     EXPECT_TRUE(images.empty());
+    EXPECT_EQ(
+        messages.warnings(),
+        (QStringList{QStringLiteral("Intensity frames of 1920 x 1080 pixels cannot be shown: the camera's "
+                                    "have 3840 x 2160.")}));
+}
+
+TEST_F(FusionComposerTest, APictureIsToldBeforeItsTimeInEveryView)
+{
+    count(100, 50, 0, 1);
+    composer.setFusionCamera(camera);
+    for (const auto type : {korvane::STREAM_DVS, korvane::STREAM_APS, korvane::STREAM_FUSION}) {
+        log.clear();
+        composer.setViewerType(type);
+        frame(33333);
+        EXPECT_EQ(log.lines(), (ScriptedLog::Lines{"image", "time 33333"})) << type;
+    }
 }
 
 TEST_F(FusionComposerTest, LettingTheCameraGoReleasesIt)

@@ -182,6 +182,70 @@ TEST_F(FusionPlayLoopTest, AtTheEndItRewindsTellsOnceThatItFinishedThenTheProgre
     EXPECT_EQ(reader->log.count("seek " + std::to_string(first)), 2); // once when it was opened
 }
 
+TEST_F(FusionPlayLoopTest, EventsThatComeWithTheirReadersEndAreTheLast)
+{
+    open(1, 2);
+    loop->start(recording);
+    letTick(1);
+    clock.grant(1);
+    ASSERT_TRUE(log.waitForCount("finished", 1));
+    loop->stop();
+    EXPECT_EQ(reader->log.count("next 33333"), 2) << "no third tick to find that nothing comes";
+    EXPECT_EQ(log.count("image"), 2);
+}
+
+TEST_F(FusionPlayLoopTest, NoBatchIsTheEndEvenOfAReaderThatDoesNotKnowIt)
+{
+    class Endless : public ScriptedReader
+    {
+    public:
+        using ScriptedReader::ScriptedReader;
+        bool isEnd() override { return false; }
+    };
+    open(1, 1);
+    reader = std::make_shared<Endless>(first, last(1));
+    reader->loaded = false; // gives nothing
+    recording.dvsReader = reader;
+    loop->start(recording);
+    letTick(1);
+    EXPECT_EQ(log.count("finished"), 0) << "a frame came";
+    clock.grant(1);
+    ASSERT_TRUE(log.waitForCount("finished", 1));
+    loop->stop();
+}
+
+TEST_F(FusionPlayLoopTest, LetsItsReadersGoWhenItIsStoppedAndWhenItEnds)
+{
+    open(2, 1);
+    const std::weak_ptr<korvane::ApsFileReader> frames = recording.apsReader;
+    const std::weak_ptr<korvane::DvsFileReader> events = reader;
+    loop->start(recording);
+    letTick(1);
+    loop->stop();
+    EXPECT_EQ(events.use_count(), 2) << "the test's own";
+    loop->start(recording);
+    recording = {};
+    reader.reset();
+    clock.grant(10);
+    ASSERT_TRUE(log.waitForCount("finished", 1));
+    loop->stop();
+    EXPECT_TRUE(frames.expired());
+    EXPECT_TRUE(events.expired());
+}
+
+TEST_F(FusionPlayLoopTest, AnotherRecordingBeginsWithNoFrameOfTheLast)
+{
+    open(3, 3);
+    loop->start(recording);
+    letTick(2);
+    loop->stop();
+    recording.apsReader = std::make_shared<ScriptedApsReader>(0, log);
+    log.clear();
+    loop->start(recording);
+    ASSERT_TRUE(log.waitForCount("time 5000000", 1)) << "the start, not the time of the other's frame";
+    loop->stop();
+}
+
 TEST_F(FusionPlayLoopTest, PlayedAgainAfterTheEndItBeginsAtTheStart)
 {
     open(2, 2);

@@ -12,6 +12,9 @@ korvane_add_test(simulation_filters_test
 korvane_add_test(simulation_replay_test
     SOURCES simulation_replaybackend_test.cpp simulation_replaystream_test.cpp
     LINKS korvane_simulation korvane_streamsupport)
+korvane_add_test(simulation_streamedfusion_test THREADS
+    SOURCES simulation_streamedfusion_test.cpp
+    LINKS korvane_simulation korvane_recording)
 # Those with intensity frames beside them.
 korvane_add_test(simulation_replayfusion_test THREADS
     SOURCES simulation_replayfusion.h simulation_replayfusion_test.cpp
