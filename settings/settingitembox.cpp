@@ -3,7 +3,10 @@
 #include "settings/layoutsettling.h"
 #include "ui_settingitembox.h"
 
+#include <QPainter>
 #include <QRegularExpression>
+#include <QStyle>
+#include <QStyleOption>
 
 #include <algorithm>
 
@@ -59,6 +62,15 @@ void SettingItemBox::setFold(bool folded)
 QWidget* SettingItemBox::itemParent() const
 {
     return ui->widget_container;
+}
+
+void SettingItemBox::paintEvent(QPaintEvent*)
+{
+    // The style sheet's background; Qt paints it by itself for a plain QWidget only.
+    QStyleOption option;
+    option.initFrom(this);
+    QPainter painter(this);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
 }
 
 void SettingItemBox::on_pb_fold_clicked(bool checked)

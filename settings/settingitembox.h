@@ -29,6 +29,9 @@ public:
     /// What items are children of once they are added; they may be from the beginning.
     QWidget* itemParent() const;
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private slots:
     void on_pb_fold_clicked(bool checked);
 

@@ -82,6 +82,19 @@ TEST_F(SettingItemBoxTest, AClickUnfoldsAndMarksTheTitleAndTheNextFoldsAgain)
     EXPECT_EQ(titlePixel(150), QColor(0xF4, 0xF5, 0xF7));
 }
 
+TEST_F(SettingItemBoxTest, TheContentOfAnUnfoldedBoxIsWhite)
+{
+    auto* const item = new QWidget;
+    item->setMinimumHeight(60);
+    box.addItem(item);
+    box.setFold(false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return item->isVisible() && item->height() >= 60; }));
+    const QImage image = window.grab().toImage();
+    EXPECT_EQ(image.pixelColor(item->mapTo(&window, item->rect().center())), QColor(Qt::white));
+    EXPECT_NE(image.pixelColor(window.rect().center().x(), window.height() - 1), QColor(Qt::white))
+        << "it is the box that is white";
+}
+
 TEST_F(SettingItemBoxTest, SetFoldMovesTheButtonWithTheState)
 {
     box.setFold(false);
