@@ -12,6 +12,7 @@
 
 #include <QAbstractItemView>
 #include <QPushButton>
+#include <QScreen>
 
 #include <climits>
 #include <utility>
@@ -339,6 +340,33 @@ TEST_F(LineEditItem, ItsPartsHaveTheirPlaces)
     EXPECT_LE(sliderRow.height(), 30);
     EXPECT_EQ(child(item, "widget").grab().toImage().pixelColor(3, 3), QColor(0xF7, 0xF7, 0xF7));
     EXPECT_EQ(slider.mapTo(&item, slider.rect().center()).x(), item.rect().center().x());
+}
+
+TEST(ItemToolTip, StandsLeftAboveItsItem)
+{
+    SettingsWindow window;
+    SettingBaseWithLineEdit number("exposure_time");
+    SettingBaseWithSwitchButton toggle("enable");
+    SettingBaseWithComboBox choice("mode");
+    window.move(window.screen()->geometry().center());
+    const std::vector<QWidget*> items{&number, &toggle, &choice};
+    for (QWidget* const item : items)
+        window.put(*item);
+    number.setItemToolTip(u"How long the picture is exposed."_s);
+    toggle.setItemToolTip(u"Switches it on."_s);
+    choice.setItemToolTip(u"What happens to the trail."_s);
+    for (QWidget* const item : items) {
+        const QPointF inside(1, 1);
+        QEnterEvent entering(inside, item->mapTo(&window, inside), item->mapToGlobal(inside));
+        QApplication::sendEvent(item, &entering);
+    }
+    for (QWidget* const item : items) {
+        const auto* const tip = item->findChild<KvToolTip*>();
+        ASSERT_NE(tip, nullptr);
+        EXPECT_TRUE(QTest::qWaitFor([tip] { return tip->isVisible(); })) << item->metaObject()->className();
+        EXPECT_EQ(tip->pos(), item->mapToGlobal(QPoint(0, 0)) - QPoint(tip->width(), tip->height()))
+            << item->metaObject()->className();
+    }
 }
 
 TEST(SwitchItem, AClickReportsTheNewState)
