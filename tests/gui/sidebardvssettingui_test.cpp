@@ -195,6 +195,7 @@ TEST_F(SidebarDvsSettingUITest, FloatsAreShownAndWrittenAsWholeNumbers)
     fill(&SidebarDvsSettingUI::setAntiFlickerToolUI);
     const auto shown = [this](int index) {
         const auto& slider = child<QSlider>(row<SettingBaseWithLineEdit>(index), "horizontalSlider");
+        EXPECT_EQ(field(index).text(), QString::number(slider.value())) << index;
         return QList<int>{slider.minimum(), slider.value(), slider.maximum()};
     };
     EXPECT_EQ(shown(0), (QList<int>{0, 1, 2}));
@@ -291,12 +292,18 @@ TEST_F(SidebarDvsSettingUITest, ParametersTheToolTellsNothingAboutAreLeftOut)
 {
     for (const auto& [name, kind] : std::map<std::string, int>{{"a", 0}, {"b", 1}, {"c", 2}, {"d", 4}})
         tool->addBare(name, kind);
+    tool->addBoolean("d2", true);
     tool->addInteger("e", 0, 1, 0);
-    for (const Fill operation :
-         {&SidebarDvsSettingUI::setBiasesToolUI, &SidebarDvsSettingUI::setAntiFlickerToolUI,
-          &SidebarDvsSettingUI::setROIToolUI}) {
+    const QStringList both{u"D2"_s, u"E"_s};
+    const std::pair<Fill, QStringList> sections[] = {{&SidebarDvsSettingUI::setBiasesToolUI, {u"E"_s}},
+                                                     {&SidebarDvsSettingUI::setTriggerInToolUI, {u"D2"_s}},
+                                                     {&SidebarDvsSettingUI::setAntiFlickerToolUI, both},
+                                                     {&SidebarDvsSettingUI::setEventRateControlToolUI, both},
+                                                     {&SidebarDvsSettingUI::setEventTrailFilterToolUI, both},
+                                                     {&SidebarDvsSettingUI::setROIToolUI, both}};
+    for (const auto& [operation, told] : sections) {
         fill(operation);
-        EXPECT_EQ(rows(), QStringList{u"E"_s});
+        EXPECT_EQ(rows(), told) << titles().join(u' ').toStdString();
         panel.clearAllToolUI();
     }
 }
