@@ -10,6 +10,7 @@
 #include "tests/support/scriptedtool.h"
 
 #include <QBoxLayout>
+#include <QLabel>
 #include <QSplitter>
 #include <gtest/gtest.h>
 
@@ -192,6 +193,11 @@ TEST_F(FoldingTest, CheckingAButtonPutsItsPanelInPlaceOfTheOthers)
         expectOnly(panel, name);
         EXPECT_EQ(find("frame_setting").maximumWidth(), 500) << name;
     }
+    // Without a camera the panel of the intensity sensor has nothing below its heading.
+    const auto* const aps = window->findChild<SidebarApsSettingUI*>();
+    ASSERT_NE(aps, nullptr);
+    EXPECT_EQ(aps->findChild<QLabel*>(u"lb_setting_ui"_s)->text(), u"APS Setting"_s);
+    EXPECT_TRUE(aps->findChildren<SettingItemBox*>().isEmpty());
 }
 
 TEST_F(FoldingTest, UncheckingTheButtonLeavesOnlyTheStrip)
