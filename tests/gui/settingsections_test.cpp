@@ -133,8 +133,11 @@ TEST(SettingSections, FillingAndClearingAThousandTimesLeavesNothingBehind)
     window.put(dvs);
     window.put(aps);
     const auto rich = toolOfEveryKind();
+    // One row each; only the biases show no switches.
     const auto small = std::make_shared<ScriptedTool>();
-    small->addBare("strange", 3); // a section without rows
+    small->addBoolean("enable", true);
+    const auto smallBiases = std::make_shared<ScriptedTool>();
+    smallBiases->addInteger("bias_fo", -10, 10, 0);
     const CapturedMessages quiet;
     // A section each turn, so that the sections share the thousand and the test stays quick.
     const auto turn = [&](int number, const std::shared_ptr<ScriptedTool>& tool) {
@@ -168,8 +171,12 @@ TEST(SettingSections, FillingAndClearingAThousandTimesLeavesNothingBehind)
         SettingsWindow::settle();
     };
     const auto census = [&] {
-        return QList<qsizetype>{dvs.findChildren<QObject*>().size(), aps.findChildren<QObject*>().size(),
-                                QApplication::allWidgets().size(), rich.use_count(), small.use_count()};
+        return QList<qsizetype>{dvs.findChildren<QObject*>().size(),
+                                aps.findChildren<QObject*>().size(),
+                                QApplication::allWidgets().size(),
+                                rich.use_count(),
+                                small.use_count(),
+                                smallBiases.use_count()};
     };
     const auto fillWith = [&](const std::shared_ptr<ScriptedTool>& tool) {
         for (int number = 0; number < 7; ++number)
@@ -181,7 +188,7 @@ TEST(SettingSections, FillingAndClearingAThousandTimesLeavesNothingBehind)
     clear();
     const QList<qsizetype> cleared = census();
     for (int number = 0; number < 1001; ++number) {
-        turn(number, number % 50 == 4 ? rich : small);
+        turn(number, number % 50 == 4 ? rich : number % 7 == 0 ? smallBiases : small);
         if (number % 14 == 13)
             clear();
     }
