@@ -64,10 +64,11 @@ void ApsVideoWriter::begin(std::uint64_t firstEvent)
     firstTime = firstEvent;
 }
 
-ApsVideoWriter::Picture ApsVideoWriter::takeSpare()
+ApsVideoWriter::Picture ApsVideoWriter::takeSpare(std::uint64_t at)
 {
     const std::lock_guard lock(mutex);
-    if (queue.size() >= picturesAhead || spare.empty()) {
+    const bool late = !queue.empty() && at - queue.front().slot >= slotsAhead;
+    if (late || queue.size() >= picturesAhead || spare.empty()) {
         ++counted.dropped;
         return nullptr;
     }
@@ -85,7 +86,7 @@ void ApsVideoWriter::push(const ApsFrame& frame)
     // A second frame of one slot has no place.
     if (at < pushedSlots)
         return;
-    Picture picture = takeSpare();
+    Picture picture = takeSpare(at);
     if (!picture)
         return;
     const bool drawn = frame.width == width && frame.height == height && convert(frame, *picture);

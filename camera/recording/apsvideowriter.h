@@ -32,6 +32,9 @@ public:
     /// Pictures that wait for the encoder at most, of 12 MB each: a quarter of a second in which others have
     /// the processor costs nothing. Memory is taken as they are needed.
     static constexpr std::size_t picturesAhead = 8;
+    /// Slots that the oldest of them may be behind a new one: with the fragment in work, and the picture in
+    /// the encoder, a process that is killed loses less than a second even where few frames come.
+    static constexpr std::uint64_t slotsAhead = 12;
 
     /// What became of the slots and frames.
     struct Counts
@@ -90,7 +93,7 @@ private:
 
     ApsVideoWriter(std::unique_ptr<QIODevice> target, const QString& fileName);
 
-    Picture takeSpare();
+    Picture takeSpare(std::uint64_t at);
     bool convert(const ApsFrame& frame, VideoPicture& picture) const;
     void end(std::uint64_t lastSlot);
     void run();

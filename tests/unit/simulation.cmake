@@ -37,7 +37,7 @@ korvane_add_test(simulation_fusion_test THREADS
     LINKS korvane_simulation korvane_recording korvane_kernels)
 
 # A process is forked and killed, which the sanitizers do not follow; and they make 4K frames too slowly.
-korvane_add_test(simulation_fusionkilled_test
+korvane_add_test(simulation_fusionkilled_test SERIAL
     SOURCES simulation_fusionkilled_test.cpp
     LINKS korvane_simulation korvane_recording
     LABELS release_only)
