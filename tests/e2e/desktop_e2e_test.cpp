@@ -1,4 +1,3 @@
-#include "camera/cameraslist.h"
 #include "camera/driver/dvsfilereader.h"
 #include "playback/kvcutrawfile.h"
 #include "tests/e2e/desktopstory.h"
@@ -6,9 +5,6 @@
 #include "widgets/kvthreehandleslider.h"
 
 #include <QDialog>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QListWidget>
 #include <QScreen>
 
 #include <cstdlib>
@@ -147,17 +143,8 @@ TEST_F(DesktopStory, ARecordingIsPlayedCutAndFollowedByALiveCameraWithPointerAnd
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
 
     play([&] {
-        choose("pb_menu_file", u"Open Recording"_s);
-        ASSERT_TRUE(untilInFront<QFileDialog>());
-        type(u"bar.raw"_s);
-        ASSERT_TRUE(untilOnGui([] {
-            const auto* const name
-                = QApplication::activeModalWidget()->findChild<QLineEdit*>(u"fileNameEdit"_s);
-            return name->text() == u"bar.raw"_s;
-        }));
-        key("Return");
-        ASSERT_TRUE(until([this] { return isChecked("pb_play"); }));
-        ASSERT_TRUE(untilTheWindowHasTheKeyboard());
+        openRecording(u"bar.raw"_s);
+        ASSERT_FALSE(HasFailure());
         const QString first = text("label_time");
         ASSERT_TRUE(until([&] { return text("label_time") != first; })) << "it does not play";
 
@@ -194,18 +181,8 @@ TEST_F(DesktopStory, ARecordingIsPlayedCutAndFollowedByALiveCameraWithPointerAnd
         reader->getEndTimestamp(end);
         EXPECT_LT(end, 2'000'000U);
 
-        choose("pb_menu_device", u"Open Camera"_s);
-        ASSERT_TRUE(untilInFront<CamerasList>());
-        const QPoint row = onGui([] {
-            const auto* const list
-                = QApplication::activeModalWidget()->findChild<QListWidget*>(u"listWidget_cameras"_s);
-            return list->viewport()->mapTo(list, list->visualItemRect(list->item(0)).center());
-        });
-        moveTo(place("listWidget_cameras").topLeft() + row);
-        xdotool({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"60"_s, u"1"_s});
-        ASSERT_TRUE(until([this] { return text("label_show_camera_info") == u"HAL-000001"_s; }));
-        ASSERT_TRUE(until([this] { return !text("label_show_timestamp_info").isEmpty(); }));
-        ASSERT_TRUE(untilTheWindowHasTheKeyboard());
+        openCamera();
+        ASSERT_FALSE(HasFailure());
         click("pb_record");
         ASSERT_TRUE(until([this] { return text("lb_recoding_time") == u"00:01"_s; }));
         click("pb_record");

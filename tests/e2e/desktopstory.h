@@ -2,6 +2,7 @@
 
 #include "app/config.h"
 #include "app/fonts.h"
+#include "camera/cameraslist.h"
 #include "camera/driver/backend.h"
 #include "camera/recording/recordingbackend.h"
 #include "camera/simulation/simulatedbackend.h"
@@ -11,7 +12,10 @@
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QProcess>
 #include <QPushButton>
@@ -235,6 +239,40 @@ protected:
             const WId id = onGui([this] { return QApplication::activeModalWidget() ? 0 : window->winId(); });
             return id != 0 && xdotool({QStringLiteral("getwindowfocus")}).trimmed() == QString::number(id);
         });
+    }
+
+    /// Opens a recording of the folder where the chooser begins.
+    void openRecording(const QString& name) const
+    {
+        choose("pb_menu_file", QStringLiteral("Open Recording"));
+        ASSERT_TRUE(untilInFront<QFileDialog>());
+        type(name);
+        ASSERT_TRUE(untilOnGui([&name] {
+            return QApplication::activeModalWidget()
+                       ->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+                       ->text()
+                == name;
+        }));
+        key("Return");
+        ASSERT_TRUE(until([this] { return isChecked("pb_play"); }));
+        ASSERT_TRUE(untilTheWindowHasTheKeyboard());
+    }
+    /// Opens the first camera of the list.
+    void openCamera() const
+    {
+        choose("pb_menu_device", QStringLiteral("Open Camera"));
+        ASSERT_TRUE(untilInFront<CamerasList>());
+        const QPoint row = onGui([] {
+            const auto* const list = QApplication::activeModalWidget()->findChild<QListWidget*>(
+                QStringLiteral("listWidget_cameras"));
+            return list->viewport()->mapTo(list, list->visualItemRect(list->item(0)).center());
+        });
+        moveTo(place("listWidget_cameras").topLeft() + row);
+        xdotool({QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("2"),
+                 QStringLiteral("--delay"), QStringLiteral("60"), QStringLiteral("1")});
+        ASSERT_TRUE(until([this] { return text("label_show_camera_info") == QStringLiteral("HAL-000001"); }));
+        ASSERT_TRUE(until([this] { return !text("label_show_timestamp_info").isEmpty(); }));
+        ASSERT_TRUE(untilTheWindowHasTheKeyboard());
     }
 
     /// Presses at a point and draws the pointer away with the window following, or its edge, until `follows`
