@@ -62,6 +62,7 @@ ApsVideoReader::~ApsVideoReader()
     changed.notify_all();
     if (thread.joinable())
         thread.join();
+    forgetSkipped();
     sws_freeContext(scaler);
 }
 
@@ -175,6 +176,19 @@ void ApsVideoReader::goTo(std::size_t picture)
     decoded = nullptr;
     inputEnded = false;
     lastGood = nullptr;
+    forgetSkipped();
+}
+
+/// Without its pixels being copied.
+void ApsVideoReader::keepSkipped(const AVFrame& frame)
+{
+    forgetSkipped();
+    skipped = av_frame_clone(&frame);
+}
+
+void ApsVideoReader::forgetSkipped()
+{
+    av_frame_free(&skipped);
 }
 
 bool ApsVideoReader::produce(Ready& made)
@@ -186,10 +200,15 @@ bool ApsVideoReader::produce(Ready& made)
         decoded = input.next(decodedPicture);
         inputEnded = decoded == nullptr;
         // From the key picture before the wanted one to that one.
-        if (decoded && decodedPicture < nextPicture)
+        if (decoded && decodedPicture < nextPicture) {
+            keepSkipped(*decoded);
             decoded = nullptr;
+        }
     }
     const bool sound = decoded && decodedPicture == nextPicture;
+    if (!sound && !lastGood && skipped)
+        lastGood = convert(*skipped);
+    forgetSkipped();
     if (sound || !lastGood) {
         // Where nothing came before that could be repeated, the next sound picture stands in.
         if (!decoded)

@@ -54,6 +54,8 @@ private:
     void run();
     void goTo(std::size_t picture);
     bool produce(Ready& ready);
+    void keepSkipped(const AVFrame& frame);
+    void forgetSkipped();
     Pixels convert(const AVFrame& frame);
     Pixels freePixels();
     void reportDamage();
@@ -71,6 +73,7 @@ private:
     const AVFrame* decoded = nullptr; ///< not yet produced
     std::size_t decodedPicture = 0; ///< its number
     bool inputEnded = false;
+    AVFrame* skipped = nullptr; ///< after a seek, the last sound picture before the wanted one
     Pixels lastGood;
     bool damageReported = false;
 

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <map>
 #include <thread>
 #include <vector>
 
@@ -198,16 +199,25 @@ TEST_F(ApsVideoReaderTest, ADamagedFrameIsARepeatInItsPlace)
     ASSERT_TRUE(reader);
     ApsFrame frame;
     std::vector<std::uint8_t> before;
-    std::size_t repeats = 0;
+    std::vector<std::size_t> repeats;
+    std::map<std::size_t, std::vector<std::uint8_t>> rows;
+    const auto row = [&frame] { return std::vector<std::uint8_t>(frame.pixels, frame.pixels + 3840 * 3); };
     for (std::size_t k = 0; k < 60; ++k) {
         ASSERT_TRUE(reader->getNextFrame(frame)) << k;
         EXPECT_EQ(frame.timestamp, k * slot);
-        std::vector<std::uint8_t> row(frame.pixels, frame.pixels + 3840 * 3);
-        repeats += row == before ? 1u : 0u;
-        before = std::move(row);
+        rows[k] = row();
+        if (rows[k] == before)
+            repeats.push_back(k);
+        before = rows[k];
     }
     EXPECT_FALSE(reader->getNextFrame(frame));
-    EXPECT_GE(repeats, 1u);
+    ASSERT_FALSE(repeats.empty());
+    // Sought, it shows the same.
+    reader->seekFrame(repeats.front() * slot, frame);
+    EXPECT_EQ(frame.timestamp, repeats.front() * slot);
+    EXPECT_TRUE(row() == rows[repeats.front()]);
+    ASSERT_TRUE(reader->getNextFrame(frame));
+    EXPECT_TRUE(row() == rows[repeats.front() + 1]);
     ASSERT_EQ(messages.warnings().size(), 1);
     EXPECT_THAT(messages.warnings()[0].toStdString(), HasSubstr("is damaged"));
 }
@@ -227,7 +237,7 @@ TEST_F(ApsVideoReaderTest, PlaysWhatAKilledProcessLeft)
     std::size_t count = 0;
     for (; reader->getNextFrame(frame); ++count)
         EXPECT_EQ(frame.timestamp, count * slot);
-    EXPECT_GE(count, 60u - 31u);
+    EXPECT_GE(count, 60u - 16u);
     reader->seekFrame(20 * slot, frame);
     EXPECT_NEAR(grey(frame), greyOf(20), 5);
 }
