@@ -5,6 +5,27 @@
 #include <cstdint>
 #include <vector>
 
+namespace {
+
+/// One picture for each 33333 us of the events, from the first to the last.
+void expectAPictureForEachSlot(const QString& raw)
+{
+    const QFileInfo file(raw);
+    const QString video = file.path() + QLatin1Char('/') + file.completeBaseName() + QStringLiteral(".mp4");
+    const auto events = korvane::DvsFileReader::createFileReader(raw.toStdString());
+    const auto frames = korvane::ApsFileReader::createFileReader(video.toStdString());
+    ASSERT_TRUE(events && frames && events->loadFile() && frames->loadFile());
+    std::uint64_t start = 0;
+    std::uint64_t end = 0;
+    events->getStartTimestamp(start);
+    events->getEndTimestamp(end);
+    std::vector<std::uint64_t> index;
+    frames->getFrameIndex(index);
+    EXPECT_EQ(index.size(), (end - start) / 33333 + 1);
+}
+
+} // namespace
+
 TEST_F(FusionStory, ACameraIsShownInThreeViewsRecordedAndPlayedTwice)
 {
     QDir folder(Config::getInstance(QStringLiteral("config.ini"))->output_raw_file_path);
@@ -36,20 +57,7 @@ TEST_F(FusionStory, ACameraIsShownInThreeViewsRecordedAndPlayedTwice)
     ASSERT_EQ(videos.size(), 1);
     EXPECT_EQ(QFileInfo(raws[0]).completeBaseName(), QFileInfo(videos[0]).completeBaseName());
     const QString path = folder.filePath(raws[0]);
-    {
-        // One picture for each 33333 us of the events, from the first to the last.
-        const auto events = korvane::DvsFileReader::createFileReader(path.toStdString());
-        const auto frames
-            = korvane::ApsFileReader::createFileReader(folder.filePath(videos[0]).toStdString());
-        ASSERT_TRUE(events && frames && events->loadFile() && frames->loadFile());
-        std::uint64_t start = 0;
-        std::uint64_t end = 0;
-        events->getStartTimestamp(start);
-        events->getEndTimestamp(end);
-        std::vector<std::uint64_t> index;
-        frames->getFrameIndex(index);
-        EXPECT_EQ(index.size(), (end - start) / 33333 + 1);
-    }
+    expectAPictureForEachSlot(path);
 
     window->openRecording(path);
     ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && timeline()->isEnabled(); }));
@@ -82,8 +90,14 @@ TEST_F(FusionStory, ACameraPulledOutWhileItRecordsLeavesBothFilesWhole)
         wait([this] { return !button("pb_play")->isChecked() && !button("pb_record")->isChecked(); }));
     const QStringList raws = folder.entryList({QStringLiteral("*.raw")});
     ASSERT_EQ(raws.size(), 1);
+    expectAPictureForEachSlot(folder.filePath(raws[0]));
     window->openRecording(folder.filePath(raws[0]));
     ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && showsFrame() && showsEvents(); }));
+    // The window closed in the midst of it leaves nothing running.
+    const QString shown = text("label_show_timestamp_info");
+    ASSERT_TRUE(wait([&] { return text("label_show_timestamp_info") != shown; }));
+    window->close();
+    window.reset();
 }
 
 TEST_F(FusionStory, ClosingWhileItRecordsEndsCleanly)

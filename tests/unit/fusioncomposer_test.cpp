@@ -222,6 +222,28 @@ TEST_F(FusionComposerTest, LettingTheCameraGoReleasesIt)
     EXPECT_TRUE(watched.expired());
 }
 
+TEST_F(FusionComposerTest, ACameraIsSetAndLetGoWhileItsFramesCome)
+{
+    count(100, 50, 0, 1);
+    std::atomic<bool> done{false};
+    std::thread setting([this, &done] {
+        while (!done) {
+            composer.setFusionCamera(camera);
+            composer.setFusionCamera(nullptr);
+        }
+    });
+    for (std::uint64_t i = 1; i <= 30; ++i)
+        frame(i * 33333);
+    done = true;
+    setting.join();
+    // Each frame met a camera, with counts, or none, and then made no picture.
+    EXPECT_EQ(images.size(), asked.size());
+    composer.setFusionCamera(camera);
+    frame(31 * 33333);
+    EXPECT_EQ(asked.back(), 31u * 33333u);
+    EXPECT_EQ(times.back(), 31u * 33333u);
+}
+
 TEST_F(FusionComposerTest, NoEventIsLostOrShownTwiceWhileFramesComeBesideThem)
 {
     composer.setViewerType(korvane::STREAM_DVS);
