@@ -90,6 +90,18 @@ void FrameCounts::closeFrame(std::uint64_t time)
     closed.push_back(std::move(frame));
 }
 
+void FrameCounts::reopenLast()
+{
+    const std::lock_guard lock(mutex);
+    if (closed.empty())
+        return;
+    // Counts that somebody may have been given do not change any more.
+    const Slot slot{closed.back().end, emptyCounts()};
+    addTo(slot.counts->counts, closed.back().counts->counts);
+    closed.pop_back();
+    open.push_front(slot);
+}
+
 bool FrameCounts::get(std::shared_ptr<EventCountFrame>& out, std::uint64_t time) const
 {
     const std::uint64_t end = endOfSlot(time);

@@ -28,6 +28,8 @@ public:
     /// A frame of this time, a multiple of `period`, is made of what was counted since the frame before. All
     /// events up to it have been counted.
     void closeFrame(std::uint64_t time);
+    /// The frame closed last was not made after all: its events belong to the next one.
+    void reopenLast();
     /// The counts of the frame whose slot this time, its own, lies in. False when there is no such frame any
     /// more.
     bool get(std::shared_ptr<EventCountFrame>& out, std::uint64_t time) const;

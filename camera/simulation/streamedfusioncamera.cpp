@@ -287,8 +287,10 @@ void StreamedFusionCamera::makeFrames()
         counts.closeFrame(time);
         const ApsFrame frame = frameSource->frameAt(time);
         next = time + framePeriod;
-        if (!frame.pixels)
+        if (!frame.pixels) {
+            counts.reopenLast();
             continue;
+        }
         intensityRecorder.push(frame);
         std::vector<ApsFrameCallback> callbacks;
         {

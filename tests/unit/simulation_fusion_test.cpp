@@ -145,6 +145,23 @@ TEST(FrameCounts, TheEventsOfAFrameLeftOutBelongToTheNext)
     EXPECT_EQ(frame->counts[2 * (width + (width - 9))], 1);
 }
 
+TEST(FrameCounts, TheEventsOfAFrameThatWasNotMadeBelongToTheNextAndWhatWasHandedOutStays)
+{
+    FrameCounts counts;
+    counts.reopenLast(); // nothing to reopen
+    counts.count(std::vector<Event2D>{{9, 1, 1, 10}, {9, 1, 1, 40000}});
+    counts.closeFrame(33333);
+    std::shared_ptr<EventCountFrame> early;
+    ASSERT_TRUE(counts.get(early, 33333));
+    counts.reopenLast();
+    std::shared_ptr<EventCountFrame> frame;
+    EXPECT_FALSE(counts.get(frame, 33333));
+    counts.closeFrame(66666);
+    ASSERT_TRUE(counts.get(frame, 66666));
+    EXPECT_EQ(frame->counts[2 * (width + (width - 9)) + 1], 2);
+    EXPECT_EQ(early->counts[2 * (width + (width - 9)) + 1], 1);
+}
+
 TEST(FrameCounts, ColumnZeroAndWhatLiesOutsideCountNowhere)
 {
     FrameCounts counts;

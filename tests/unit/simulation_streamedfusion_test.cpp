@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -48,11 +49,15 @@ public:
     ApsFrame frameAt(std::uint64_t time) override
     {
         std::this_thread::sleep_for(drawing);
+        // The first three cannot be had.
+        if (drawing.count() == 0 && asked++ < 3)
+            return {nullptr, 3840, 2160, time};
         return {pixels.data(), 3840, 2160, time};
     }
 
 private:
     const std::chrono::milliseconds drawing;
+    int asked = 0;
     std::vector<std::uint8_t> pixels = std::vector<std::uint8_t>(std::size_t{3840} * 2160 * 3, 128);
 };
 
@@ -154,6 +159,23 @@ TEST(StreamedFusionCamera, EventsComeWhileAVideoIsCompletedOnASlowDisk)
     EXPECT_FALSE(camera->recorderState().writing);
     EXPECT_EQ(camera->recorderState().error, "");
     camera->stop(korvane::STREAM_FUSION);
+}
+
+TEST(StreamedFusionCamera, EventsOfFramesThatCouldNotBeHadAreCountedForTheNextOne)
+{
+    Door door;
+    const auto camera = TestCamera::make(std::chrono::milliseconds(0), door);
+    std::atomic<int> counted = -1; // the events of the first frame
+    camera->addApsFrameCallback([&](const ApsFrame& frame) {
+        std::shared_ptr<korvane::EventCountFrame> counts;
+        if (counted >= 0 || !camera->getEventFrameAt(counts, frame.timestamp))
+            return;
+        counted = std::accumulate(counts->counts.begin(), counts->counts.end(), 0);
+    });
+    camera->start(korvane::STREAM_FUSION);
+    EXPECT_TRUE(wait([&] { return counted >= 0; }));
+    camera->stop(korvane::STREAM_FUSION);
+    EXPECT_GE(counted, 8) << "an event each 16 ms for four frames and more";
 }
 
 TEST(StreamedFusionCamera, SaysOnceThatItMakesFewerFramesHoweverOftenItIsStarted)
