@@ -1,8 +1,9 @@
 #include "display/kernels/apsalignment.h"
 
+#include "tests/support/alignmentreference.h"
+
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -29,30 +30,6 @@ struct Source
     std::vector<std::uint8_t> pixels;
 };
 
-/// The rule pixel by pixel, every operation rounded by itself.
-std::vector<std::uint8_t> reference(const Source& source, int sourceWidth, int sourceHeight, int width,
-                                    int height, std::size_t stride)
-{
-    std::vector<std::uint8_t> result(stride * std::size_t(height), 0xAB);
-    const float k = std::bit_cast<float>(0x405682A6U);
-    for (int r = 0; r < height; ++r) {
-        for (int c = 0; c < width; ++c) {
-            volatile float down = static_cast<float>(r - height / 2) * k;
-            volatile float y = static_cast<float>(sourceHeight / 2) + down;
-            volatile float across = static_cast<float>(c - width / 2) * k;
-            volatile float x = across + static_cast<float>(sourceWidth / 2);
-            const int sy = static_cast<int>(y);
-            const int sx = static_cast<int>(x);
-            const bool inside = sy >= 0 && sy < source.height && sx >= 0 && sx < source.width;
-            for (std::size_t channel = 0; channel < 3; ++channel)
-                result[std::size_t(r) * stride + std::size_t(c) * 3 + channel] = inside
-                    ? source.pixels[std::size_t(sy) * source.stride + std::size_t(sx) * 3 + channel]
-                    : std::uint8_t{255};
-        }
-    }
-    return result;
-}
-
 } // namespace
 
 TEST(ApsAlignment, EqualsTheRuleByteForByteAtTheCamerasSizes)
@@ -60,7 +37,7 @@ TEST(ApsAlignment, EqualsTheRuleByteForByteAtTheCamerasSizes)
     const Source source(3840, 2160, 0);
     std::vector<std::uint8_t> made(std::size_t{1280} * 3 * 720, 0xAB);
     ApsAlignment().align(source.view(), made.data(), std::size_t{1280} * 3);
-    EXPECT_TRUE(made == reference(source, 3840, 2160, 1280, 720, std::size_t{1280} * 3));
+    EXPECT_TRUE(made == alignedByRule(source.view(), 3840, 2160, 1280, 720, std::size_t{1280} * 3));
 }
 
 TEST(ApsAlignment, EqualsTheRuleAtOtherSizesAndStrides)
@@ -72,7 +49,7 @@ TEST(ApsAlignment, EqualsTheRuleAtOtherSizesAndStrides)
         const std::size_t stride = std::size_t(width) * 3 + 2;
         std::vector<std::uint8_t> made(stride * std::size_t(height), 0xAB);
         ApsAlignment(sourceWidth, sourceHeight, width, height).align(source.view(), made.data(), stride);
-        EXPECT_TRUE(made == reference(source, sourceWidth, sourceHeight, width, height, stride))
+        EXPECT_TRUE(made == alignedByRule(source.view(), sourceWidth, sourceHeight, width, height, stride))
             << sourceWidth << " x " << sourceHeight;
     }
 }
@@ -82,7 +59,7 @@ TEST(ApsAlignment, NeverReadsOutsideASourceSmallerThanAnnounced)
     const Source source(100, 60, 0);
     std::vector<std::uint8_t> made(std::size_t{1280} * 3 * 720, 0xAB);
     ApsAlignment().align(source.view(), made.data(), std::size_t{1280} * 3);
-    EXPECT_TRUE(made == reference(source, 3840, 2160, 1280, 720, std::size_t{1280} * 3));
+    EXPECT_TRUE(made == alignedByRule(source.view(), 3840, 2160, 1280, 720, std::size_t{1280} * 3));
 }
 
 TEST(ApsAlignment, TheCentresFallTogetherAndTheBorderLiesOutside)

@@ -1,13 +1,16 @@
 #include "playback/fusioncomposer.h"
 
+#include "tests/support/alignmentreference.h"
 #include "tests/support/capturedmessages.h"
 #include "tests/support/scriptedfusioncamera.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -220,6 +223,68 @@ TEST_F(FusionComposerTest, LettingTheCameraGoReleasesIt)
     EXPECT_FALSE(watched.expired());
     composer.setFusionCamera(nullptr);
     EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(FusionComposerTest, RandomFramesCountsAndEventsMakeThePicturesOfThePlainRules)
+{
+    std::mt19937 random(23);
+    for (std::uint8_t& byte : pixels)
+        byte = static_cast<std::uint8_t>(random());
+    count(0, 0, 0, 0);
+    for (std::uint16_t& one : counts->counts)
+        one = static_cast<std::uint16_t>(random() % 8 == 0 ? random() % 4 : 0);
+    std::vector<korvane::Event2D> batch;
+    for (int i = 0; i < 20'000; ++i)
+        batch.push_back(event(int(random() % 1400), int(random() % 800), int(random() % 2)));
+    composer.setFusionCamera(camera);
+
+    constexpr std::size_t row = std::size_t{1280} * 3;
+    const auto aligned
+        = alignedByRule({pixels.data(), std::size_t{3840} * 3, 3840, 2160}, 3840, 2160, 1280, 720, row);
+    const auto painted
+        = [](std::vector<std::uint8_t> bgr, const std::vector<int>& off, const std::vector<int>& on) {
+              for (std::size_t i = 0; i < off.size(); ++i) {
+                  if (off[i] == 0 && on[i] == 0)
+                      continue;
+                  bgr[3 * i] = on[i] >= off[i] ? 0 : 255;
+                  bgr[3 * i + 1] = 0;
+                  bgr[3 * i + 2] = on[i] >= off[i] ? 255 : 0;
+              }
+              return bgr;
+          };
+    const auto bytes = [](const QImage& image) {
+        return std::vector<std::uint8_t>(image.constBits(), image.constBits() + image.sizeInBytes());
+    };
+
+    composer.setViewerType(korvane::STREAM_APS);
+    frame(1);
+    EXPECT_TRUE(bytes(images.back()) == aligned);
+
+    std::vector<int> off(std::size_t{1280} * 720);
+    std::vector<int> on(off.size());
+    for (std::size_t i = 0; i < off.size(); ++i) {
+        off[i] = counts->counts[2 * i];
+        on[i] = counts->counts[2 * i + 1];
+    }
+    composer.setViewerType(korvane::STREAM_FUSION);
+    frame(2);
+    EXPECT_TRUE(bytes(images.back()) == painted(aligned, off, on));
+
+    std::fill(off.begin(), off.end(), 0);
+    std::fill(on.begin(), on.end(), 0);
+    for (const korvane::Event2D& one : batch) {
+        const auto place = std::size_t(one.y * 1280 + 1280 - one.x);
+        // Columns beyond the sensor count in the row above, as the rule has it; rows beyond it nowhere.
+        if (one.y * 1280 + 1280 - one.x < 0 || place >= off.size())
+            continue;
+        int& counter = (one.polarity == 1 ? on : off)[place];
+        counter = std::min(counter + 1, 10);
+    }
+    composer.setViewerType(korvane::STREAM_DVS);
+    events(batch);
+    frame(3);
+    EXPECT_TRUE(bytes(images.back())
+                == painted(std::vector<std::uint8_t>(row * 720, std::uint8_t{255}), off, on));
 }
 
 TEST_F(FusionComposerTest, ACameraIsSetAndLetGoWhileItsFramesCome)

@@ -166,6 +166,24 @@ TEST(FusionPainter, EventsArePaintedMirroredAndOnlyInside)
     EXPECT_EQ(picture.painted(), 2U);
 }
 
+TEST(FusionPainter, PaintingRandomEventsEqualsThePlainRule)
+{
+    const auto events = randomEvents(50'000);
+    Picture picture;
+    korvane::kernels::paintMirrored(events.data(), events.data() + events.size(), picture.view());
+    Picture expected;
+    for (const Event2D& event : events) {
+        const int column = width - event.x;
+        if (column < 0 || column >= width || event.y >= height)
+            continue;
+        const Colour& colour = event.polarity == 1 ? red : blue;
+        std::copy(colour.begin(), colour.end(),
+                  expected.bytes.begin()
+                      + std::ptrdiff_t(event.y * Picture::stride + std::size_t(column) * 3));
+    }
+    EXPECT_TRUE(picture.bytes == expected.bytes);
+}
+
 TEST(FusionPainter, OnlyPolarityOneIsRedAndTheLaterEventIsSeen)
 {
     Picture picture;
