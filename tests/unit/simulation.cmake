@@ -38,7 +38,7 @@ korvane_add_test(simulation_fusion_test THREADS
 
 # A process is forked and killed, which the sanitizers do not follow; and they make 4K frames too slowly.
 korvane_add_test(simulation_fusionkilled_test SERIAL
-    SOURCES simulation_fusionkilled_test.cpp
+    SOURCES simulation_fusionkilled_test.cpp simulation_fusionplayed_test.cpp simulation_fusionpictures.h
     LINKS korvane_simulation korvane_recording
     LABELS release_only)
 
