@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -203,6 +204,34 @@ TEST_F(FusionEngineTest, StartAndEndPointsChangeNothing)
     engine->slotFusionFilePlayControl(false);
     EXPECT_TRUE(told.contains("time " + std::to_string(first)));
     EXPECT_TRUE(told.contains("time " + std::to_string(first + 33333)));
+}
+
+TEST_F(FusionEngineTest, ARecordingIsPlayedAlikeWhateverTheViewerType)
+{
+    std::mutex mutex;
+    QList<QImage> first;
+    bool begins = false;
+    QObject::connect(
+        &*engine, &KvFusionCameraDataProcessor::signalFusionImage, &*engine,
+        [&](const QImage& image) {
+            const std::lock_guard lock(mutex);
+            if (std::exchange(begins, false))
+                first.append(image.copy());
+        },
+        Qt::DirectConnection);
+    std::size_t ticks = 0;
+    for (const auto type : {korvane::STREAM_FUSION, korvane::STREAM_DVS, korvane::STREAM_APS}) {
+        engine->slotSetViewerType(type);
+        engine->slotReadFusionFile("/rec/a.raw");
+        begins = true;
+        engine->slotFusionFilePlayControl(true);
+        ASSERT_TRUE(clock.awaitWaits(++ticks));
+        engine->slotFusionFilePlayControl(false);
+    }
+    ASSERT_EQ(first.size(), 3);
+    EXPECT_EQ(first[1], first[0]);
+    EXPECT_EQ(first[2], first[0]);
+    EXPECT_NE(first[0].pixelColor(640, 360), QColor(Qt::white)) << "a frame";
 }
 
 TEST_F(FusionEngineTest, AtTheEndItTellsFinishedOnceThenTheProgressAndPlaysAgainFromTheStart)
