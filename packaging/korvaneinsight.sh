@@ -59,7 +59,7 @@ if [ -n "${KORVANE_BACKENDS:-}" ]; then
     export KORVANE_BACKENDS
 fi
 
-# A relative XDG_CONFIG_HOME is to be ignored, says its specification.
+# XDG_CONFIG_HOME counts only as an absolute path: a relative one would mean another folder with every start.
 case ${XDG_CONFIG_HOME:-} in
 /*) folder=$XDG_CONFIG_HOME/korvaneinsight ;;
 *) folder=${HOME:-}/.config/korvaneinsight ;;

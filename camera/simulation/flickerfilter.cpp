@@ -96,16 +96,9 @@ std::size_t FlickerFilter::sort(const Event2D* events, std::size_t count, Event2
 
 std::size_t FlickerFilter::filter(Event2D* events, std::size_t count)
 {
-    std::size_t kept = 0;
-    for (std::size_t done = 0; done < count;) {
-        const std::size_t reach = clock.reach(events + done, count - done);
-        if (reach == 0)
-            moveTo(events[done].timestamp);
-        else
-            kept += sort(events + done, reach, events + kept);
-        done += reach;
-    }
-    return kept;
+    return filterInReach(
+        clock, events, count, [this](std::uint64_t time) { moveTo(time); },
+        [this](const Event2D* from, std::size_t length, Event2D* out) { return sort(from, length, out); });
 }
 
 } // namespace korvane::simulation

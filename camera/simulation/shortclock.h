@@ -45,4 +45,21 @@ private:
     bool begun = false; // before the first move nothing is within reach
 };
 
+/// Filters events in stretches that a clock can tell: `move` gets the time of the first event that it cannot,
+/// `run` a stretch, its length and where what it keeps goes, and returns how many it kept.
+template <typename Move, typename Run>
+std::size_t filterInReach(const ShortClock& clock, Event2D* events, std::size_t count, Move move, Run run)
+{
+    std::size_t kept = 0;
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t reach = clock.reach(events + done, count - done);
+        if (reach == 0)
+            move(events[done].timestamp);
+        else
+            kept += run(events + done, reach, events + kept);
+        done += reach;
+    }
+    return kept;
+}
+
 } // namespace korvane::simulation

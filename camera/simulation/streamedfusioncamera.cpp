@@ -216,6 +216,12 @@ void StreamedFusionCamera::setEventSink(std::shared_ptr<EventSink> sink)
     recorder.setSink(std::move(sink));
 }
 
+bool StreamedFusionCamera::isRecorded()
+{
+    const std::lock_guard lock(recordingMutex);
+    return recorded;
+}
+
 /// On the pacer's thread.
 void StreamedFusionCamera::take(const StreamStep& made)
 {
@@ -291,7 +297,9 @@ void StreamedFusionCamera::makeFrames()
             counts.reopenLast();
             continue;
         }
-        intensityRecorder.push(frame);
+        // Its events have come: either all of them are recorded, or it is none of the recording's.
+        if (isRecorded())
+            intensityRecorder.push(frame);
         std::vector<ApsFrameCallback> callbacks;
         {
             const std::lock_guard lock(callbackMutex);

@@ -78,6 +78,7 @@ private:
     static void release(StreamedFusionCamera* camera);
 
     void setRecorded(bool on);
+    bool isRecorded();
     void take(const StreamStep& made);
     void runFrames();
     void makeFrames();

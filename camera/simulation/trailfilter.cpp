@@ -69,16 +69,9 @@ std::size_t TrailFilter::thinRun(const Event2D* events, std::size_t count, Event
 
 std::size_t TrailFilter::filter(Event2D* events, std::size_t count)
 {
-    std::size_t kept = 0;
-    for (std::size_t done = 0; done < count;) {
-        const std::size_t reach = clock.reach(events + done, count - done);
-        if (reach == 0)
-            moveTo(events[done].timestamp);
-        else
-            kept += thinRun(events + done, reach, events + kept);
-        done += reach;
-    }
-    return kept;
+    return filterInReach(
+        clock, events, count, [this](std::uint64_t time) { moveTo(time); },
+        [this](const Event2D* from, std::size_t length, Event2D* out) { return thinRun(from, length, out); });
 }
 
 } // namespace korvane::simulation
