@@ -1,30 +1,4 @@
-#include "camera/driver/apsfilereader.h"
-#include "camera/driver/dvsfilereader.h"
 #include "tests/e2e/fusionstory.h"
-
-#include <cstdint>
-#include <vector>
-
-namespace {
-
-/// One picture for each 33333 us of the events, from the first to the last.
-void expectAPictureForEachSlot(const QString& raw)
-{
-    const QFileInfo file(raw);
-    const QString video = file.path() + QLatin1Char('/') + file.completeBaseName() + QStringLiteral(".mp4");
-    const auto events = korvane::DvsFileReader::createFileReader(raw.toStdString());
-    const auto frames = korvane::ApsFileReader::createFileReader(video.toStdString());
-    ASSERT_TRUE(events && frames && events->loadFile() && frames->loadFile());
-    std::uint64_t start = 0;
-    std::uint64_t end = 0;
-    events->getStartTimestamp(start);
-    events->getEndTimestamp(end);
-    std::vector<std::uint64_t> index;
-    frames->getFrameIndex(index);
-    EXPECT_EQ(index.size(), (end - start) / 33333 + 1);
-}
-
-} // namespace
 
 TEST_F(FusionStory, ACameraIsShownInThreeViewsRecordedAndPlayedTwice)
 {

@@ -1,11 +1,15 @@
 #pragma once
 
+#include "camera/driver/apsfilereader.h"
+#include "camera/driver/dvsfilereader.h"
 #include "tests/e2e/livestoryfixture.h"
 
+#include <QFileInfo>
 #include <QImage>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <vector>
 
 /// What a picture of the window shows.
@@ -16,6 +20,33 @@ struct Look
     int white = 0;
     int other = 0;
 };
+
+/// First and last event of a fusion recording, microseconds, whose video has one picture for each 33333 us
+/// from the one to the other.
+struct RecordedTimes
+{
+    std::uint64_t start = 0;
+    std::uint64_t end = 0;
+};
+
+inline RecordedTimes expectAPictureForEachSlot(const QString& raw)
+{
+    const QFileInfo file(raw);
+    const QString video = file.path() + QLatin1Char('/') + file.completeBaseName() + QStringLiteral(".mp4");
+    const auto events = korvane::DvsFileReader::createFileReader(raw.toStdString());
+    const auto frames = korvane::ApsFileReader::createFileReader(video.toStdString());
+    const bool loaded = events && frames && events->loadFile() && frames->loadFile();
+    EXPECT_TRUE(loaded) << raw.toStdString();
+    RecordedTimes times;
+    if (!loaded)
+        return times;
+    events->getStartTimestamp(times.start);
+    events->getEndTimestamp(times.end);
+    std::vector<std::uint64_t> index;
+    frames->getFrameIndex(index);
+    EXPECT_EQ(index.size(), (times.end - times.start) / 33333 + 1) << "a picture for every slot";
+    return times;
+}
 
 class FusionStory : public LiveStory
 {
