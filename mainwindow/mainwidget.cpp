@@ -166,6 +166,7 @@ void MainWidget::connectSession()
     connect(session, &LiveSession::recordingTimeChanged, ui->lb_recoding_time, &QLabel::setText);
     connect(session, &LiveSession::viewerTypeSelected, this, &MainWidget::setViewerType);
     connect(session, &LiveSession::toolsChanged, sideBars.get(), &SideBars::cameraChanged);
+    connect(session, &LiveSession::toolsChanged, this, &MainWidget::closeFusionRecording);
 }
 
 void MainWidget::connectPlayback()
@@ -192,6 +193,7 @@ void MainWidget::connectPlayback()
     });
     connect(opener, &RecordingOpener::signalShowLeftBottomTips, this, &MainWidget::signalShowLeftBottomTips);
     connect(opener, &RecordingOpener::recordingOpened, sideBars.get(), &SideBars::recordingOpened);
+    connect(opener, &RecordingOpener::recordingOpened, this, &MainWidget::closeFusionRecording);
 }
 
 void MainWidget::connectFusion()
@@ -235,6 +237,13 @@ void MainWidget::releaseSources()
     fusionPlayer->release();
     liveSession->release();
     fusionImages.clear();
+}
+
+void MainWidget::closeFusionRecording()
+{
+    // One that another source has replaced cannot be played any more; its frames are hundreds of megabytes.
+    if (sourceState.playMode != ModeFusionRecording)
+        fusionProcessor->closeRecording();
 }
 
 void MainWidget::showRunning()

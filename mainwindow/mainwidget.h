@@ -109,6 +109,7 @@ private:
     void connectPlayback();
     void connectFusion();
     void releaseSources();
+    void closeFusionRecording();
     void showRunning();
     void setViewerType(korvane::STREAM_TYPE type);
 

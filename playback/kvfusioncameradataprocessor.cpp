@@ -82,6 +82,14 @@ bool KvFusionCameraDataProcessor::loadDvs(const std::string& path)
     return true;
 }
 
+void KvFusionCameraDataProcessor::closeRecording()
+{
+    playback.stop();
+    loaded = false;
+    recording = {};
+    frameIndex.clear();
+}
+
 void KvFusionCameraDataProcessor::slotSetStartTimeStamp(uint64_t)
 {
     // Playback of fusion recordings is not confined to a range.

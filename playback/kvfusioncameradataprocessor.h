@@ -32,6 +32,10 @@ public:
     void onEvents(const korvane::Event2D* begin, const korvane::Event2D* end) override;
     void onApsFrame(const korvane::ApsFrame& frame) override;
 
+    /// Lets the recording's files go, with the frames decoded ahead; what plays is stopped. GUI thread, while
+    /// nothing is loaded.
+    void closeRecording();
+
 signals:
     void signalFusionImage(QImage image);
     /// Declared for receivers of pixmaps; never emitted, for pixmaps are made on the GUI thread.

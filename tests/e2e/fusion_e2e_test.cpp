@@ -1,4 +1,19 @@
 #include "tests/e2e/fusionstory.h"
+#include "tests/support/movingbar.h"
+
+namespace {
+
+/// Whether this process has the file open.
+bool holdsOpen(const QString& path)
+{
+    const QFileInfoList handles = QDir(QStringLiteral("/proc/self/fd"))
+                                      .entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System);
+    return std::any_of(handles.begin(), handles.end(), [&path](const QFileInfo& handle) {
+        return handle.symLinkTarget() == QFileInfo(path).canonicalFilePath();
+    });
+}
+
+} // namespace
 
 TEST_F(FusionStory, ACameraIsShownInThreeViewsRecordedAndPlayedTwice)
 {
@@ -49,6 +64,19 @@ TEST_F(FusionStory, ACameraIsShownInThreeViewsRecordedAndPlayedTwice)
     EXPECT_TRUE(button("pb_play")->isChecked());
     click("pb_play");
     EXPECT_FALSE(button("pb_play")->isChecked());
+
+    // Another recording takes its place: its files are not held any more.
+    const QString other = QDir::current().filePath(QStringLiteral("other.raw"));
+    ASSERT_TRUE(writeMovingBar(other, 500));
+    EXPECT_TRUE(holdsOpen(folder.filePath(videos[0])));
+    window->openRecording(other);
+    ASSERT_TRUE(wait([this] { return timeline()->maximum() == 499'000; }));
+    EXPECT_FALSE(holdsOpen(folder.filePath(videos[0])));
+    window->openRecording(path);
+    ASSERT_TRUE(wait([this] { return showsFrame(); }));
+    openFromTheList(0);
+    ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && eventPixels() > 1000; }));
+    EXPECT_FALSE(holdsOpen(folder.filePath(videos[0])));
 }
 
 TEST_F(FusionStory, ACameraPulledOutWhileItRecordsLeavesBothFilesWhole)

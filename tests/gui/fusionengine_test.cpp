@@ -24,6 +24,25 @@ namespace {
 constexpr std::uint64_t first = 2'000'000;
 constexpr std::uint64_t last = first + 2 * 33333 - 1;
 
+/// A reader that is counted while it lives.
+template <typename Reader>
+class Counted : public Reader
+{
+public:
+    template <typename... Arguments>
+    explicit Counted(std::atomic<int>& livingReaders, Arguments&&... arguments)
+        : Reader(std::forward<Arguments>(arguments)...), living(livingReaders)
+    {
+        ++living;
+    }
+    ~Counted() override { --living; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+private:
+    std::atomic<int>& living;
+};
+
 /// Readers for any path, of a recording of two ticks. Notes "aps <path>" and "dvs <path>".
 class ReaderBackend : public korvane::Backend
 {
@@ -35,7 +54,7 @@ public:
         log.add("dvs " + path);
         if (!offersDvs)
             return nullptr;
-        auto reader = std::make_unique<ScriptedReader>(first, last);
+        auto reader = std::make_unique<Counted<ScriptedReader>>(readers, first, last);
         reader->seekTime(first);
         reader->onLoad = [this] { return dvsLoads.load(); };
         return reader;
@@ -45,11 +64,12 @@ public:
         log.add("aps " + path);
         if (!offersAps)
             return nullptr;
-        auto reader = std::make_unique<ScriptedApsReader>(2, log);
+        auto reader = std::make_unique<Counted<ScriptedApsReader>>(readers, std::size_t{2}, log);
         reader->loads = apsLoads.load();
         return reader;
     }
 
+    std::atomic<int> readers{0}; ///< that there are now
     std::atomic<bool> offersDvs{true};
     std::atomic<bool> offersAps{true};
     std::atomic<bool> dvsLoads{true};
@@ -103,6 +123,19 @@ protected:
 };
 
 } // namespace
+
+TEST_F(FusionEngineTest, AClosedRecordingIsLetGoAndCannotBePlayed)
+{
+    ASSERT_TRUE(engine->slotReadFusionFile("/rec/clip.raw"));
+    engine->slotFusionFilePlayControl(true);
+    ASSERT_TRUE(clock.awaitWaits(1));
+    ASSERT_EQ(backend->readers, 2);
+    engine->closeRecording();
+    EXPECT_EQ(backend->readers, 0) << "its play thread has let go of them too";
+    told.clear();
+    engine->slotFusionFilePlayControl(true);
+    EXPECT_EQ(told.lines(), ScriptedLog::Lines{"finished"});
+}
 
 TEST_F(FusionEngineTest, SignalsAndSlotsStandInTheirOrder)
 {
