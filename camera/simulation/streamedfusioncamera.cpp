@@ -180,7 +180,9 @@ void StreamedFusionCamera::startRecording(std::string path, STREAM_TYPE)
     const RecorderState state = recorder.state();
     if (state.writing)
         intensityRecorder.start(state.path);
-    setRecorded(true);
+    else
+        intensityRecorder.stop(); // of the recording before, if it has not been stopped
+    setRecorded(state.writing);
 }
 
 void StreamedFusionCamera::stopRecording(STREAM_TYPE)
