@@ -1,5 +1,7 @@
 #include "camera/dvsreadingloop.h"
 
+#include "display/runguarded.h"
+
 #include <QDebug>
 
 #include <chrono>
@@ -12,23 +14,17 @@ DvsReadingLoop::DvsReadingLoop(SourceState& sharedState, const DisplayTiming& di
 
 DvsReadingLoop::~DvsReadingLoop()
 {
-    if (!readingThread.joinable())
-        return;
-    state.filePlaying = false;
-    wait.wake();
-    readingThread.join();
+    if (readingThread.joinable())
+        stop();
 }
 
 void DvsReadingLoop::start(std::shared_ptr<korvane::DvsCamera> camera)
 {
-    if (readingThread.joinable()) {
-        state.filePlaying = false;
-        wait.wake();
-        readingThread.join();
-    }
+    if (readingThread.joinable())
+        stop();
     state.filePlaying = true;
     const std::uint64_t session = ++state.playSession;
-    readingThread = std::thread([this, source = std::move(camera), session] { run(source, session); });
+    readingThread = std::thread([this, source = std::move(camera), session] { run(*source, session); });
 }
 
 void DvsReadingLoop::stop()
@@ -39,13 +35,22 @@ void DvsReadingLoop::stop()
         readingThread.join();
 }
 
-void DvsReadingLoop::run(const std::shared_ptr<korvane::DvsCamera>& camera, std::uint64_t session)
+void DvsReadingLoop::run(korvane::DvsCamera& camera, std::uint64_t session)
+{
+    // A driver is to throw nothing; one that does has lost its camera.
+    runGuarded("The camera driver failed:", [&] { read(camera); });
+    // A stop that came first has already said that this session is over.
+    if (state.filePlaying.exchange(false))
+        hooks.connectionLost(session);
+}
+
+void DvsReadingLoop::read(korvane::DvsCamera& camera)
 {
     using Clock = std::chrono::steady_clock;
     using std::chrono::microseconds;
     while (state.filePlaying) {
         const auto t0 = Clock::now();
-        if (camera->getNextEventBatch(batch) && !batch.empty()) {
+        if (camera.getNextEventBatch(batch) && !batch.empty()) {
             lastEventTimestamp = batch.back().timestamp;
             hooks.addEvents(batch.data(), batch.data() + batch.size());
             hooks.eventsReady();
@@ -56,11 +61,8 @@ void DvsReadingLoop::run(const std::shared_ptr<korvane::DvsCamera>& camera, std:
         const auto remaining = microseconds(timing.frameStep.load()) - elapsed;
         if (remaining.count() > 0 && state.filePlaying)
             wait.waitFor(remaining, state.filePlaying);
-        if (!camera->isConnected()) {
+        if (!camera.isConnected()) {
             qDebug().noquote() << "Camera connection lost.";
-            // A stop that came first has already said that this session is over.
-            if (state.filePlaying.exchange(false))
-                hooks.connectionLost(session);
             return;
         }
     }

@@ -24,8 +24,8 @@ public:
         std::function<void(const korvane::Event2D* begin, const korvane::Event2D* end)> addEvents;
         /// There is a new picture to show: a hint.
         std::function<void()> eventsReady;
-        /// The camera is gone; the running flag is cleared and the loop ends. Gets the play session it ran
-        /// in.
+        /// The camera is gone, or its driver has thrown; the running flag is cleared and the loop ends. Gets
+        /// the play session it ran in.
         std::function<void(std::uint64_t session)> connectionLost;
     };
 
@@ -44,7 +44,9 @@ public:
     std::uint64_t lastTimestamp() const { return lastEventTimestamp.load(); }
 
 private:
-    void run(const std::shared_ptr<korvane::DvsCamera>& camera, std::uint64_t session);
+    void run(korvane::DvsCamera& camera, std::uint64_t session);
+    /// Until it is stopped, or the camera is gone.
+    void read(korvane::DvsCamera& camera);
 
     SourceState& state;
     const DisplayTiming& timing;

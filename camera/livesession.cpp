@@ -4,6 +4,7 @@
 #include "camera/cameraslist.h"
 #include "display/eventframebuffer.h"
 #include "display/fusionsink.h"
+#include "display/runguarded.h"
 #include "display/workerthread.h"
 #include "widgets/waitingwin.h"
 
@@ -11,7 +12,6 @@
 #include <QDebug>
 
 #include <algorithm>
-#include <exception>
 #include <iterator>
 #include <utility>
 
@@ -119,15 +119,11 @@ void LiveSession::open(const korvane::CameraDescription& description)
 
 void LiveSession::openJob(int kind, const std::string& serial)
 {
-    try {
-        if (openKind(kind, serial))
-            return;
-    } catch (const std::exception& error) {
-        // A driver is to give nothing instead; what it throws is a camera that did not open all the same.
-        qWarning().noquote() << "The camera driver failed:" << error.what();
-    } catch (...) {
-        qWarning().noquote() << "The camera driver failed.";
-    }
+    bool opened = false;
+    // A driver is to give nothing instead; what it throws is a camera that did not open all the same.
+    runGuarded("The camera driver failed:", [&] { opened = openKind(kind, serial); });
+    if (opened)
+        return;
     emit signalShowLeftBottomTips(
         tr("Open camera: ") + QString::fromLocal8Bit(serial.c_str()) + tr("failed."), Error, QString());
 }

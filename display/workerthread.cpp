@@ -1,8 +1,7 @@
 #include "display/workerthread.h"
 
-#include <QDebug>
+#include "display/runguarded.h"
 
-#include <exception>
 #include <utility>
 
 WorkerThread::WorkerThread(std::function<void()> work, QObject* parent)
@@ -17,14 +16,8 @@ WorkerThread::~WorkerThread()
 
 void WorkerThread::run()
 {
-    try {
-        if (job)
-            job();
-    } catch (const std::exception& error) {
-        // Memory, or a driver that keeps no promise: the job has failed, the program goes on.
-        qCritical() << "A background job has ended early:" << error.what();
-    } catch (...) {
-        qCritical() << "A background job has ended early.";
-    }
+    // Memory, or a driver that keeps no promise: the job has failed, the program goes on.
+    if (job)
+        runGuarded("A background job has ended early:", job);
     emit taskCompleted();
 }

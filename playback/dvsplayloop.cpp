@@ -1,5 +1,7 @@
 #include "playback/dvsplayloop.h"
 
+#include "display/runguarded.h"
+
 DvsPlayLoop::DvsPlayLoop(SourceState& sharedState, const DisplayTiming& displayTiming,
                          PlayPosition& playPosition, PlaybackView& window, PlaybackClock& playClock)
     : state(sharedState), timing(displayTiming), position(playPosition), view(window), clock(playClock)
@@ -18,7 +20,7 @@ void DvsPlayLoop::start()
         stop();
     state.filePlaying = true;
     const std::uint64_t session = ++state.playSession;
-    filePlayThread = std::thread([this, session] { dvsPlayLoop(session); });
+    filePlayThread = std::thread([this, session] { run(session); });
 }
 
 void DvsPlayLoop::stop()
@@ -29,6 +31,13 @@ void DvsPlayLoop::stop()
     clock.wake();
     if (filePlayThread.joinable())
         filePlayThread.join();
+}
+
+void DvsPlayLoop::run(std::uint64_t session)
+{
+    // A reader is to throw nothing, but memory may be short: then playback has ended.
+    if (!runGuarded("Playback has ended early:", [&] { dvsPlayLoop(session); }))
+        view.postEnd(session);
 }
 
 void DvsPlayLoop::dvsPlayLoop(std::uint64_t session)

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -113,6 +112,7 @@ private:
         Ended, ///< the end of the range, not looping
     };
 
+    void run(std::uint64_t session);
     void dvsPlayLoop(std::uint64_t session);
     Tick tick(std::uint64_t session);
     Tick endOfRange(std::uint64_t session, std::uint64_t reached, std::uint64_t seek);

@@ -1,5 +1,7 @@
 #include "playback/fusionplayloop.h"
 
+#include "display/runguarded.h"
+
 FusionPlayLoop::FusionPlayLoop(FusionPicture& fusionPicture, FusionPlaybackOutput& receiver,
                                PlaybackClock& playClock)
     : picture(fusionPicture), output(receiver), clock(playClock)
@@ -36,7 +38,11 @@ void FusionPlayLoop::playLoop()
 {
     do {
         const auto t0 = clock.now();
-        tick();
+        // A reader is to throw nothing, but memory may be short: then playback has ended.
+        if (!runGuarded("Playback has ended early:", [this] { tick(); })) {
+            playing = false;
+            output.fileFinished();
+        }
         const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(clock.now() - t0);
         const auto remaining = std::chrono::microseconds(tickPeriod) - elapsed;
         if (remaining.count() >= 1 && playing)

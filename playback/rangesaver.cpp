@@ -2,6 +2,7 @@
 
 #include "app/config.h"
 #include "camera/driver/dvsfilereader.h"
+#include "display/runguarded.h"
 #include "display/sourcestate.h"
 #include "playback/dvsplayer.h"
 #include "playback/kvcutrawfile.h"
@@ -12,24 +13,20 @@
 #include <QDebug>
 #include <QEvent>
 
-#include <exception>
 #include <mutex>
 #include <thread>
 
 namespace {
 
+constexpr const char* endedEarly = "Saving a range has ended early:";
+
 /// What `operation` answers; false, with the reason logged, when it throws.
 template <typename Operation>
 bool succeeds(const Operation& operation)
 {
-    try {
-        return operation();
-    } catch (const std::exception& error) {
-        qCritical() << "Saving a range has ended early:" << error.what();
-    } catch (...) {
-        qCritical() << "Saving a range has ended early.";
-    }
-    return false;
+    bool answer = false;
+    runGuarded(endedEarly, [&] { answer = operation(); });
+    return answer;
 }
 
 void logSuccess(std::uint64_t start, std::uint64_t end)
@@ -99,10 +96,7 @@ void RangeSaver::runBehindSpinner(const std::function<void()>& work)
     jobRuns = true;
     player.setLent(true);
     std::thread thread([&work, &spinner] {
-        succeeds([&work] {
-            work();
-            return true;
-        });
+        runGuarded(endedEarly, work);
         QMetaObject::invokeMethod(&spinner, &WaitingWin::jobDone, Qt::QueuedConnection);
     });
     spinner.exec();

@@ -145,7 +145,7 @@ TEST_F(LiveSessionOpenTest, ADriverThatThrowsIsACameraThatDidNotOpen)
         pick(0);
         EXPECT_EQ(log.count("toast 2 [Open camera: S1failed.] []"), 1);
         EXPECT_EQ(log.count("press play"), 0);
-        EXPECT_EQ(messages.warnings().filter(QStringLiteral("The camera driver failed")).size(), 1);
+        EXPECT_EQ(messages.of(QtCriticalMsg).filter(QStringLiteral("The camera driver failed")).size(), 1);
         EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "the spinner has gone";
         EXPECT_FALSE(play.isChecked());
         EXPECT_FALSE(session->hasDvsCamera());

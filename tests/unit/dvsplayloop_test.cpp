@@ -1,6 +1,8 @@
+#include "tests/support/capturedmessages.h"
 #include "tests/unit/dvsplayloopfixture.h"
 
 #include <chrono>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -188,6 +190,27 @@ TEST_F(DvsPlayLoopTest, NoBatchIsTheEndOfTheRangeWithoutAPicture)
     EXPECT_EQ(reader->log.lines(), (Lines{"at 0 33333", "at 30303 33333", "seek 0"}));
     EXPECT_EQ(view.log.lines(), (Lines{"events 34", "position 30303 0", "picture", "position 0 0", "end 1"}));
     EXPECT_EQ(position.fileCurTs, 0u);
+}
+
+TEST_F(DvsPlayLoopTest, AReaderThatThrowsEndsPlaybackWhereItIs)
+{
+    const CapturedMessages messages;
+    open(0, 10'000'000);
+    reader->onRead = [](std::uint64_t start, std::uint64_t) -> std::optional<ScriptedReader::Events> {
+        if (start > 0)
+            throw std::runtime_error("no more memory");
+        return std::nullopt;
+    };
+    loop->start();
+    clock.grant(1);
+    ASSERT_TRUE(view.log.waitForCount("end 1", 1));
+    loop->stop();
+    EXPECT_EQ(view.log.lines(), (Lines{"events 34", "position 30303 0", "picture", "end 1"}));
+    EXPECT_EQ(position.fileCurTs, 30303u);
+    EXPECT_TRUE(position.readerMutex.try_lock());
+    position.readerMutex.unlock();
+    EXPECT_EQ(messages.of(QtCriticalMsg),
+              QStringList{QStringLiteral("Playback has ended early: no more memory")});
 }
 
 TEST_F(DvsPlayLoopTest, ARecordingThatGivesNothingLoopsAtItsPaceOnly)

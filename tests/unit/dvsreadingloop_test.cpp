@@ -8,7 +8,7 @@
 #include <chrono>
 #include <mutex>
 #include <optional>
-#include <thread>
+#include <stdexcept>
 
 using namespace std::chrono_literals;
 using korvane::Event2D;
@@ -236,6 +236,22 @@ TEST_F(DvsReadingLoopTest, ALostCameraClearsTheFlagTellsItsSessionOnceAndEndsThe
     EXPECT_EQ(log.count("connectionLost 41"), 1);
     EXPECT_EQ(log.count("cam getNextEventBatch"), reads);
     EXPECT_EQ(messages.debug().count(QStringLiteral("Camera connection lost.")), 1);
+}
+
+TEST_F(DvsReadingLoopTest, ADriverThatThrowsHasLostItsCamera)
+{
+    const std::function<void()> faults[]
+        = {[] { throw std::runtime_error("no bandwidth left"); }, [] { throw 7; }};
+    std::uint64_t session = 0;
+    for (const auto& fault : faults) {
+        const CapturedMessages messages;
+        camera->onRead = fault;
+        make().start(camera);
+        ASSERT_TRUE(log.waitForCount("connectionLost " + std::to_string(++session), 1));
+        EXPECT_FALSE(state.filePlaying);
+        loop->stop();
+        EXPECT_EQ(messages.of(QtCriticalMsg).filter(QStringLiteral("The camera driver failed:")).size(), 1);
+    }
 }
 
 TEST_F(DvsReadingLoopTest, ACameraLostWhileItIsStoppedTellsNobody)

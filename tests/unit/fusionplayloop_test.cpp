@@ -1,5 +1,6 @@
 #include "playback/fusionplayloop.h"
 
+#include "tests/support/capturedmessages.h"
 #include "tests/support/fakeclock.h"
 #include "tests/support/scriptedapsreader.h"
 #include "tests/support/scriptedreader.h"
@@ -9,8 +10,8 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -212,6 +213,21 @@ TEST_F(FusionPlayLoopTest, NoBatchIsTheEndEvenOfAReaderThatDoesNotKnowIt)
     clock.grant(1);
     ASSERT_TRUE(log.waitForCount("finished", 1));
     loop->stop();
+}
+
+TEST_F(FusionPlayLoopTest, AReaderThatThrowsEndsPlaybackAndIsLetGo)
+{
+    const CapturedMessages messages;
+    open(3, 3);
+    reader->onMove = [] { throw std::runtime_error("no more memory"); };
+    loop->start(recording);
+    ASSERT_TRUE(log.waitForCount("finished", 1));
+    EXPECT_FALSE(loop->isPlaying());
+    loop->stop();
+    EXPECT_EQ(told(), Lines{"finished"});
+    EXPECT_EQ(reader.use_count(), 2) << "the test's own";
+    EXPECT_EQ(messages.of(QtCriticalMsg),
+              QStringList{QStringLiteral("Playback has ended early: no more memory")});
 }
 
 TEST_F(FusionPlayLoopTest, LetsItsReadersGoWhenItIsStoppedAndWhenItEnds)
