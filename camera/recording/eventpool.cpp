@@ -13,7 +13,11 @@ constexpr std::size_t keptEvents = 2 * 1024 * 1024;
 
 } // namespace
 
-EventPool::EventPool() : shelf(std::make_shared<Shelf>()) {}
+EventPool::EventPool() : shelf(std::make_shared<Shelf>())
+{
+    // Whoever drops a vector, perhaps because memory is short, needs none for it.
+    shelf->vectors.reserve(keptVectors);
+}
 
 std::shared_ptr<std::vector<Event2D>> EventPool::take()
 {

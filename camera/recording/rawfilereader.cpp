@@ -10,6 +10,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 #include <limits>
 #include <utility>
@@ -178,6 +179,16 @@ bool RawFileReader::loadFile()
 {
     if (loaded)
         return true;
+    try {
+        return load();
+    } catch (const std::exception& exception) {
+        qWarning().noquote().nospace() << filePath << ": cannot be loaded: " << exception.what();
+        return false;
+    }
+}
+
+bool RawFileReader::load()
+{
     if (!file.open()) {
         qWarning().noquote().nospace() << filePath << ": cannot be loaded: " << file.errorString();
         return false;
@@ -277,7 +288,24 @@ DvsFileReader::Events RawFileReader::getNextEvents(std::uint64_t duration)
     return getEventsAt(start, duration);
 }
 
+template <typename Read>
+std::invoke_result_t<Read> RawFileReader::unlessItFails(const Read& read)
+{
+    try {
+        return read();
+    } catch (const std::exception& exception) {
+        if (!failed.exchange(true))
+            qWarning().noquote().nospace() << filePath << ": a window cannot be read: " << exception.what();
+        return nullptr;
+    }
+}
+
 DvsFileReader::Events RawFileReader::getEventsAt(std::uint64_t start, std::uint64_t duration)
+{
+    return unlessItFails([&] { return readEvents(start, duration); });
+}
+
+DvsFileReader::Events RawFileReader::readEvents(std::uint64_t start, std::uint64_t duration)
 {
     if (isPast(start))
         return nullptr;
@@ -349,6 +377,11 @@ bool RawFileReader::streamEvents(std::uint64_t start, std::uint64_t end, const E
 }
 
 DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::uint64_t duration)
+{
+    return unlessItFails([&] { return readTriggers(start, duration); });
+}
+
+DvsFileReader::Triggers RawFileReader::readTriggers(std::uint64_t start, std::uint64_t duration)
 {
     if (isPast(start))
         return nullptr;

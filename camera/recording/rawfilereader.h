@@ -17,6 +17,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <type_traits>
 
 namespace korvane::recording {
 
@@ -51,6 +52,8 @@ public:
     /// not read is left out, and told in `gap`.
     using EventSink = std::function<bool(std::span<const Event2D>)>;
     bool streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink, bool* gap = nullptr);
+    /// As getTriggersAt(), but throws where memory is short.
+    Triggers readTriggers(std::uint64_t start, std::uint64_t duration);
 
     /// Records that a window holds at most; to be set before reading begins.
     void setWindowLimit(std::size_t records) { windowLimit = records; }
@@ -68,6 +71,11 @@ public:
 private:
     RawFileReader(QString path, RawHeader header, EvtEncoding encoding);
 
+    bool load();
+    /// What `read` gives: an empty pointer where it throws, memory being short, which is logged once.
+    template <typename Read>
+    std::invoke_result_t<Read> unlessItFails(const Read& read);
+    Events readEvents(std::uint64_t start, std::uint64_t duration);
     /// The words that the file still backs.
     std::span<const std::uint8_t> body();
     /// Finds the times of the first and the last event; false when there is none.
@@ -90,6 +98,7 @@ private:
     std::atomic<bool> loaded{false};
     std::atomic<bool> shrunk{false};
     std::atomic<bool> unreadable{false};
+    std::atomic<bool> failed{false};
     std::atomic<bool> overfull{false};
     std::atomic<bool> triggersOverfull{false};
     std::size_t windowLimit = maximumWindow;

@@ -28,6 +28,12 @@ korvane_add_test(recording_test
         ${CMAKE_CURRENT_LIST_DIR}/recordingbackend_test.cpp
         ${CMAKE_CURRENT_LIST_DIR}/streamprobe_test.cpp
     LINKS korvane_streamsupport)
+# Reading where memory is short: with an operator new of its own.
+korvane_add_test(recordingmemory_test
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/rawfilereaderfixture.h
+        ${CMAKE_CURRENT_LIST_DIR}/rawfilereadermemory_test.cpp
+    LINKS korvane_recording)
 # Writing: encoder, recorder, cut.
 korvane_add_test(recordingwriting_test
     SOURCES
