@@ -381,7 +381,7 @@ DvsFileReader::Triggers RawFileReader::getTriggersAt(std::uint64_t start, std::u
     return unlessItFails([&] { return readTriggers(start, duration); });
 }
 
-DvsFileReader::Triggers RawFileReader::readTriggers(std::uint64_t start, std::uint64_t duration)
+DvsFileReader::Triggers RawFileReader::readTriggers(std::uint64_t start, std::uint64_t duration, bool* gap)
 {
     if (isPast(start))
         return nullptr;
@@ -392,6 +392,7 @@ DvsFileReader::Triggers RawFileReader::readTriggers(std::uint64_t start, std::ui
     const auto words = body();
     const auto& entries = index.entries();
     std::vector<EventTriggerIn> piece;
+    bool lost = false;
     for (auto i = static_cast<std::size_t>(&index.entryForTriggers(asSigned(start)) - entries.data());
          i < entries.size() && entries[i].state.triggerFloor <= asSigned(end); ++i) {
         // Triggers are rare: what holds none is passed over at the speed of memory.
@@ -399,16 +400,20 @@ DvsFileReader::Triggers RawFileReader::readTriggers(std::uint64_t start, std::ui
         const std::uint64_t until = i + 1 < entries.size()
             ? std::min<std::uint64_t>(entries[i + 1].offset, words.size())
             : words.size();
-        if (!holdsTriggerWord(decoder.encoding(), words.subspan(from, until - from)))
+        if (!holdsTriggerWord(decoder.encoding(), words.subspan(from, until - from))) {
+            lost |= couldNotRead(from, until);
             continue;
+        }
         Cursor cursor(decoder, geometry, words, entries[i], &piece);
         while (!cursor.atEnd() && cursor.offset() < until && cursor.state().triggerFloor <= asSigned(end)
                && triggers->size() < windowLimit) {
             piece.clear();
             const std::uint64_t first = cursor.offset();
             cursor.next(until);
-            if (couldNotRead(first, cursor.offset()))
+            if (couldNotRead(first, cursor.offset())) {
+                lost = true;
                 break;
+            }
             std::copy_if(piece.begin(), piece.end(), std::back_inserter(*triggers),
                          [start, end](const EventTriggerIn& trigger) {
                              return trigger.timestamp >= start && trigger.timestamp <= end;
@@ -416,6 +421,8 @@ DvsFileReader::Triggers RawFileReader::readTriggers(std::uint64_t start, std::ui
         }
         meet(cursor.met());
     }
+    if (gap && lost)
+        *gap = true;
     if (triggers->size() >= windowLimit && !triggersOverfull.exchange(true))
         qWarning().noquote().nospace()
             << filePath << ": a window holds " << windowLimit << " triggers or more; only the first are read";

@@ -52,8 +52,8 @@ public:
     /// not read is left out, and told in `gap`.
     using EventSink = std::function<bool(std::span<const Event2D>)>;
     bool streamEvents(std::uint64_t start, std::uint64_t end, const EventSink& sink, bool* gap = nullptr);
-    /// As getTriggersAt(), but throws where memory is short.
-    Triggers readTriggers(std::uint64_t start, std::uint64_t duration);
+    /// As getTriggersAt(), but throws where memory is short, and tells in `gap` what could not be read.
+    Triggers readTriggers(std::uint64_t start, std::uint64_t duration, bool* gap = nullptr);
 
     /// Records that a window holds at most; to be set before reading begins.
     void setWindowLimit(std::size_t records) { windowLimit = records; }

@@ -103,13 +103,13 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
     const Geometry geometry = source.sensorGeometry();
     // Triggers may follow the last event: what was asked for counts, not where the events end.
     const std::uint64_t duration = end - start;
-    const auto triggers = source.readTriggers(start, std::max(duration, duration + 1));
+    bool gap = false;
+    const auto triggers = source.readTriggers(start, std::max(duration, duration + 1), &gap);
     if (triggers && triggers->size() >= source.mostInWindow()) {
         error = QStringLiteral("the range holds too many triggers");
         return false;
     }
     std::uint64_t events = 0;
-    bool gap = false;
     {
         VerifyingWriter writer(temporary.file(), temporary.name(),
                                recordingHeader(headOfCopy(source.fileHeader(), geometry)), geometry);

@@ -284,6 +284,27 @@ TEST_F(RawFileReaderFiles, APartThatTheDeviceCannotReadIsLeftOutAndTheRestIsRead
     EXPECT_TRUE(reader->exportVideo(3000000, 3100000, recordings.path("video.mp4")));
 }
 
+TEST_F(RawFileReaderFiles, ACutFailsWhereTriggersBehindTheLastEventCannotBeRead)
+{
+    // An event, then time words and, far behind it, triggers; the gap begins behind one of them or between.
+    Bytes words = words2({high2(0), cd2(1, 1, 1, 1)});
+    for (unsigned i = 1; i < 1000000; ++i)
+        append(words, i == 500000 ? trigger2(1, 1, 1) : high2(i), 4);
+    for (const std::uint64_t gap : {2'008'192u, 3'000'000u}) {
+        path = recordings.write("failing.raw", TemporaryRecordings::header(EvtEncoding::Evt2), words);
+        const auto reader = open();
+        ASSERT_TRUE(reader->loadFile());
+        ASSERT_EQ(endOf(*reader), 1u);
+        failReads(path, gap, 4096);
+        const CapturedMessages messages;
+        EXPECT_FALSE(reader->cutFile(0, endless, recordings.path("cut.raw"))) << gap;
+        EXPECT_TRUE(messages.warnings().value(1).endsWith(
+            QStringLiteral(": a part of the recording cannot be read")));
+        // Before the gap there is nothing amiss.
+        EXPECT_TRUE(reader->cutFile(0, 1000, recordings.path("before.raw")));
+    }
+}
+
 TEST_F(RawFileReaderFiles, AWindowOfTooManyEventsIsCutShortWithOneWarning)
 {
     // A word of EVT 2.1 holds 32 events: a small file may claim any number in a microsecond.
