@@ -74,6 +74,46 @@ private:
     std::uint64_t total = 0;
 };
 
+/// Writes the range into the file, verified; false, with the reason in `error`, when not all of it stands
+/// there, or when there is none.
+bool copyRange(RawFileReader& source, std::uint64_t start, std::uint64_t end, TemporaryFile& target,
+               const QString& path, QString& error)
+{
+    error.clear();
+    std::uint64_t lastTime = 0;
+    source.getEndTimestamp(lastTime);
+    const Geometry geometry = source.sensorGeometry();
+    // Triggers may follow the last event: what was asked for counts, not where the events end.
+    const std::uint64_t duration = end - start;
+    bool gap = false;
+    const auto triggers = source.readTriggers(start, std::max(duration, duration + 1), &gap);
+    if (triggers && triggers->size() >= source.mostInWindow()) {
+        error = QStringLiteral("the range holds too many triggers");
+        return false;
+    }
+    VerifyingWriter writer(target.file(), target.name(),
+                           recordingHeader(headOfCopy(source.fileHeader(), geometry)), geometry);
+    BlockMaker blocks(
+        geometry, triggers ? std::span<const EventTriggerIn>(*triggers) : std::span<const EventTriggerIn>(),
+        writer);
+    source.streamEvents(
+        start, std::min(end, lastTime),
+        [&blocks](std::span<const Event2D> piece) { return blocks.add(piece); }, &gap);
+    blocks.finish();
+    if (!writer.finish())
+        error = writer.errorString();
+    else if (source.hasShrunk())
+        error = QStringLiteral("the recording has shrunk since it was opened");
+    else if (gap)
+        error = QStringLiteral("a part of the recording cannot be read");
+    else if (blocks.events() == 0)
+        error = QStringLiteral("the range holds no event");
+    else if (const auto nameless = blocks.words().droppedTriggers(); nameless > 0)
+        qInfo().noquote().nospace() << path << ": " << nameless
+                                    << " triggers on channels that EVT 3.0 cannot name are left out";
+    return error.isEmpty();
+}
+
 bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QString& path, QString& error)
 {
     std::uint64_t lastTime = 0;
@@ -100,49 +140,7 @@ bool cut(RawFileReader& source, std::uint64_t start, std::uint64_t end, const QS
         error = temporary.errorString();
         return false;
     }
-    const Geometry geometry = source.sensorGeometry();
-    // Triggers may follow the last event: what was asked for counts, not where the events end.
-    const std::uint64_t duration = end - start;
-    bool gap = false;
-    const auto triggers = source.readTriggers(start, std::max(duration, duration + 1), &gap);
-    if (triggers && triggers->size() >= source.mostInWindow()) {
-        error = QStringLiteral("the range holds too many triggers");
-        return false;
-    }
-    std::uint64_t events = 0;
-    {
-        VerifyingWriter writer(temporary.file(), temporary.name(),
-                               recordingHeader(headOfCopy(source.fileHeader(), geometry)), geometry);
-        BlockMaker blocks(geometry,
-                          triggers ? std::span<const EventTriggerIn>(*triggers)
-                                   : std::span<const EventTriggerIn>(),
-                          writer);
-        source.streamEvents(
-            start, std::min(end, lastTime),
-            [&blocks](std::span<const Event2D> piece) { return blocks.add(piece); }, &gap);
-        blocks.finish();
-        if (!writer.finish()) {
-            error = writer.errorString();
-            return false;
-        }
-        events = blocks.events();
-        if (const auto nameless = blocks.words().droppedTriggers(); nameless > 0)
-            qInfo().noquote().nospace()
-                << path << ": " << nameless << " triggers on channels that EVT 3.0 cannot name are left out";
-    }
-    if (source.hasShrunk()) {
-        error = QStringLiteral("the recording has shrunk since it was opened");
-        return false;
-    }
-    if (gap) {
-        error = QStringLiteral("a part of the recording cannot be read");
-        return false;
-    }
-    if (events == 0) {
-        error = QStringLiteral("the range holds no event");
-        return false;
-    }
-    if (!temporary.keepAs(path, error))
+    if (!copyRange(source, start, end, temporary, path, error) || !temporary.keepAs(path, error))
         return false;
     folder.keep();
     return true;
