@@ -85,11 +85,7 @@ private:
         bool gap = false;
         source.streamEvents(
             from, to, [&pictures](std::span<const Event2D> events) { return pictures.add(events); }, &gap);
-        // A recording whose file lost its end has fewer events than it had when it was loaded.
-        std::uint64_t lastTime = 0;
-        source.getEndTimestamp(lastTime);
-        const auto last = source.getEventsAt(lastTime, 1);
-        if (!last || last->empty())
+        if (source.hasShrunk())
             reason = QStringLiteral("the recording's file has shrunk");
         else if (gap)
             reason = QStringLiteral("a part of the recording cannot be read");
