@@ -19,6 +19,8 @@ namespace korvane::recording {
 
 namespace {
 
+/// Bytes of the file that loading has brought in by one call instead of a fault a page: a small file's all.
+constexpr std::uint64_t wantedAtOnce = 256 * 1024;
 /// Events decoded at a time: 128 KiB, which stay in the processor's second cache until they are copied on.
 constexpr std::size_t pieceEvents = 8192;
 
@@ -194,7 +196,7 @@ bool RawFileReader::load()
         return false;
     }
     const auto words = body();
-    file.willNeed(0, RecordingIndex::minimumBudget);
+    file.willNeed(0, wantedAtOnce);
     if (!geometry.isValid())
         geometry = inferGeometry(decoder.encoding(), words);
     EvtCounts met;

@@ -57,7 +57,7 @@ bool convinces(const Evidence& evidence)
 {
     return evidence.timeHighs >= 1 && evidence.steady * 10 >= evidence.timeHighs * 9
         && evidence.reserved * 50 <= evidence.words
-        // Padding aside, a time-high word comes every few hundred words at the very least.
+        // Cameras send one every few hundred words; between them there is room for bursts and padding.
         && evidence.timeHighs * 16384 >= evidence.words;
 }
 
@@ -65,7 +65,6 @@ struct Extent
 {
     unsigned x = 0;
     unsigned y = 0;
-    bool any = false;
 };
 
 /// The first time-high word: what stands before it does not count.
@@ -81,22 +80,16 @@ std::size_t firstTimeHigh(std::span<const std::uint8_t> body)
 
 Extent extentOfEvt2(std::span<const std::uint8_t> body)
 {
-    Extent extent;
     unsigned x = 0;
     unsigned y = 0;
-    unsigned any = 0;
     for (std::size_t at = firstTimeHigh<Evt2Words>(body); at + 4 <= body.size(); at += 4) {
         const auto word = loadWord<std::uint32_t>(body.data() + at);
         // All ones for events, nothing for other words: the loop has no branch.
         const std::uint32_t event = (word >> 29) == 0 ? ~0u : 0u;
         x = std::max(x, (word >> 11) & 0x7FF & event);
         y = std::max(y, word & 0x7FF & event);
-        any |= event;
     }
-    extent.x = x;
-    extent.y = y;
-    extent.any = any != 0;
-    return extent;
+    return {x, y};
 }
 
 template <typename Words>
@@ -112,7 +105,6 @@ Extent extentOfEvt21(std::span<const std::uint8_t> body)
         const unsigned last = 31u - static_cast<unsigned>(std::countl_zero(mask));
         extent.x = std::max(extent.x, ((upper >> 11) & 0x7FF) + last);
         extent.y = std::max(extent.y, upper & 0x7FF);
-        extent.any = true;
     }
     return extent;
 }
@@ -135,7 +127,6 @@ Extent extentOfEvt3(std::span<const std::uint8_t> body)
         } else if (type == 2 && rowUsable) {
             extent.x = std::max(extent.x, word & 0x7FF);
             extent.y = std::max(extent.y, row);
-            extent.any = true;
         } else if (type == 3) {
             base = word & 0x7FF;
             baseUsable = true;
@@ -144,7 +135,6 @@ Extent extentOfEvt3(std::span<const std::uint8_t> body)
             if (mask != 0 && rowUsable && baseUsable) {
                 extent.x = std::max(extent.x, base + static_cast<unsigned>(std::bit_width(mask)) - 1);
                 extent.y = std::max(extent.y, row);
-                extent.any = true;
             }
             base = std::min(base + (type == 4 ? 12u : 8u), vectorBaseLimit);
         }
