@@ -135,9 +135,9 @@ TEST(BgrToYuv, GreysHaveNoColourAndReachBothEndsOfTheRange)
     }
 }
 
-TEST(BgrToYuv, EveryVersionOfItGivesTheSameBytes)
+TEST(BgrToYuv, EqualsTheRuleInWholeNumbersByteForByte)
 {
-    // The rule in whole numbers, pixel by pixel: what the processor's widest version must give as well.
+    // Pixel by pixel: whichever version the processor runs must give the same.
     Conversion made(1030, 4);
     std::mt19937 random(9);
     for (std::uint8_t& byte : made.pixels)

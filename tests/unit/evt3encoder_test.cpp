@@ -1,6 +1,6 @@
 #include "camera/recording/evt3encoder.h"
 
-#include "camera/recording/evtdecoder.h"
+#include "tests/support/decodeall.h"
 #include "tests/support/evtwriter.h"
 #include "tests/support/referencedecoder.h"
 
@@ -20,32 +20,10 @@ constexpr Geometry hd{1280, 720};
 using Events = std::vector<Event2D>;
 using Triggers = std::vector<EventTriggerIn>;
 
-struct Decoded
+decoding::Result decode(const std::vector<std::uint8_t>& words, Geometry geometry = hd)
 {
-    Events events;
-    Triggers triggers;
-};
-
-Decoded decode(const std::vector<std::uint8_t>& words, Geometry geometry = hd)
-{
-    Decoded decoded;
-    const EvtDecoder decoder(EvtEncoding::Evt3);
-    EvtState state;
-    EvtCounts counts;
-    EvtPass pass;
-    pass.next = words.data();
-    pass.end = words.data() + words.size();
-    pass.streamEnd = pass.end;
-    pass.geometry = geometry;
-    pass.triggers = &decoded.triggers;
-    Events piece(8192);
-    while (pass.end - pass.next >= 2) {
-        pass.out = piece.data();
-        pass.outEnd = piece.data() + piece.size();
-        decoder.decode(state, pass, counts);
-        decoded.events.insert(decoded.events.end(), piece.data(), pass.out);
-    }
-    EXPECT_EQ(counts, EvtCounts()) << "a clean stream has nothing to complain about";
+    auto decoded = decoding::decodeAll(EvtEncoding::Evt3, InstructionSet::Best, words, geometry);
+    EXPECT_EQ(decoded.counts, EvtCounts()) << "a clean stream has nothing to complain about";
     return decoded;
 }
 
@@ -228,7 +206,7 @@ TEST(Evt3Encoder, TriggersAreKeptInTimeOrder)
 {
     const Events events{{1, 1, 1, 100}, {2, 1, 1, 200}, {3, 1, 1, 300}};
     const Triggers triggers{{0, 1, 50}, {6, 0, 200}, {15, 1, 250}, {1, 0, 5000}};
-    const Decoded decoded = decode(encode(events, triggers));
+    const auto decoded = decode(encode(events, triggers));
     EXPECT_EQ(decoded.events, events);
     EXPECT_EQ(decoded.triggers, triggers);
 }
@@ -295,7 +273,7 @@ TEST(Evt3Encoder, DecodingGivesBackWhatWasEncodedForRandomStreams)
             event += count;
             trigger = last;
         }
-        const Decoded decoded = decode(words, sensor);
+        const auto decoded = decode(words, sensor);
         const std::uint64_t base = baseOf(events, triggers);
         ASSERT_EQ(decoded.events, counted(events, base)) << "round " << round;
         ASSERT_EQ(decoded.triggers, counted(triggers, base)) << "round " << round;
