@@ -5,7 +5,6 @@
 #include "camera/simulation/turntablescene.h"
 
 #include <cstdint>
-#include <ctime>
 #include <memory>
 #include <utility>
 
@@ -13,25 +12,18 @@ namespace {
 
 using namespace korvane::simulation;
 
-double processorSeconds()
-{
-    timespec time = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
 /// The share of a processor core that making a stream in real time takes; the limit copies its events.
 void makeStream(benchmark::State& state, std::unique_ptr<Scene> scene)
 {
     EventGenerator generator(std::move(scene), SensorParameters(), 2);
     std::uint64_t events = 0;
-    const double before = processorSeconds();
+    const double before = figure::processorSeconds();
     for ([[maybe_unused]] auto _ : state) {
         while (generator.time() < 2'000'000)
             events += generator.generateStep().size();
     }
     const double made = static_cast<double>(generator.time()) / 1e6;
-    const double cores = (processorSeconds() - before) / made;
+    const double cores = (figure::processorSeconds() - before) / made;
     state.counters["events_per_second"] = static_cast<double>(events) / made;
     figure::report(state, "cores", figure::Better::Lower, cores,
                    figure::secondsToCopy(events * sizeof(korvane::Event2D), 1024 * 1024) / made);

@@ -34,7 +34,8 @@ if [ "$filter" = "." ]; then
         bytes_per_event cut cut_two_cores index_scan open_1gb seek_window_p99 add_events \
         take_frame fill_panels export_speed play_rss live_cpu record_cpu next_click play_ticks tick_work_p99 \
         align_aps convert_aps compose_fusion count_events fusion_ticks fusion_tick_work_p99 fusion_live \
-        filter_roi filter_trail filter_antiflicker filter_rate; do
+        filter_roi filter_trail filter_antiflicker filter_rate \
+        generate_street_10m generate_street_20m generate_turntable; do
         grep -qh "^\"$name\":" "$figures"/*_bench || { echo "The figure $name is missing." >&2; exit 1; }
     done
 fi
