@@ -15,6 +15,10 @@ if [ -n "${KORVANE_REPLAY:-}" ]; then
     KORVANE_REPLAY="$(realpath -m -- "$KORVANE_REPLAY")"
     export KORVANE_REPLAY
 fi
+if [ -n "${KORVANE_BACKENDS:-}" ]; then
+    KORVANE_BACKENDS="$(tr ':' '\n' <<<"$KORVANE_BACKENDS" | sed '/^$/d' | xargs -d '\n' realpath -m -- | paste -sd :)"
+    export KORVANE_BACKENDS
+fi
 
 "$root/scripts/setup.sh"
 cd "$root"
