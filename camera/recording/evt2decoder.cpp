@@ -9,15 +9,7 @@ namespace korvane::recording {
 
 namespace {
 
-// Types of EVT 2.0 and 2.1 words, in their top four bits.
-enum Type : unsigned {
-    Off = 0x0,
-    On = 0x1,
-    TimeHigh = 0x8,
-    Trigger = 0xA,
-    Others = 0xE,
-    Continued = 0xF,
-};
+using enum Evt2Words::Type;
 
 void takeTrigger(EvtState& state, EvtPass& pass, EvtCounts& counts, std::uint32_t word)
 {
@@ -52,16 +44,6 @@ void takeOtherWord(EvtState& state, EvtPass& pass, EvtCounts& counts, std::uint6
         takeTrigger(state, pass, counts, upper);
     else if (type != Others && type != Continued)
         ++counts.reservedWords;
-}
-
-/// The pixels of a mask that lie inside the sensor; the others are counted.
-std::uint32_t insidePixels(const Geometry& geometry, EvtCounts& counts, unsigned x, unsigned y,
-                           std::uint32_t mask)
-{
-    const unsigned inside = y >= geometry.height || x >= geometry.width ? 0 : geometry.width - x;
-    const std::uint32_t kept = inside >= 32 ? mask : mask & ((1u << inside) - 1);
-    counts.outside += static_cast<unsigned>(std::popcount(mask ^ kept));
-    return kept;
 }
 
 /// Writes an event for every bit of `mask`; up to three places behind them are written too.

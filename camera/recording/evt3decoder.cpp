@@ -8,21 +8,7 @@ namespace korvane::recording {
 
 namespace {
 
-// Types of EVT 3.0 words, in their top four bits.
-enum Type : unsigned {
-    AddressY = 0x0,
-    ForeignRow = 0x1,
-    AddressX = 0x2,
-    VectorBase = 0x3,
-    Vector12 = 0x4,
-    Vector8 = 0x5,
-    TimeLow = 0x6,
-    Continued4 = 0x7,
-    TimeHigh = 0x8,
-    Trigger = 0xA,
-    Others = 0xE,
-    Continued12 = 0xF,
-};
+using enum Evt3Words::Type;
 
 bool rowUsable(const EvtState& state, EvtCounts& counts, unsigned events)
 {
@@ -37,13 +23,7 @@ std::int64_t deliverTime(EvtState& state, EvtCounts& counts, unsigned events)
 {
     if (state.stepOpen)
         EvtClock::settleStep(state, counts, state.low);
-    const std::int64_t literal = state.high + state.low;
-    if (literal < state.eventFloor) {
-        counts.clamped += events;
-        return state.eventFloor;
-    }
-    state.eventFloor = literal;
-    return literal;
+    return EvtClock::deliver(state.eventFloor, counts, state.high + state.low, events);
 }
 
 Event2D* takeSingle(EvtState& state, const EvtPass& pass, EvtCounts& counts, unsigned word, Event2D* out)
@@ -80,12 +60,7 @@ Event2D* takeVector(EvtState& state, const EvtPass& pass, EvtCounts& counts, uns
     if (!rowUsable(state, counts, static_cast<unsigned>(std::popcount(mask))))
         return out;
     if (base + width > pass.geometry.width || state.row >= pass.geometry.height) {
-        const unsigned inside = state.row >= pass.geometry.height || base >= pass.geometry.width
-            ? 0
-            : pass.geometry.width - base;
-        const unsigned kept = inside >= width ? mask : mask & ((1u << inside) - 1);
-        counts.outside += static_cast<unsigned>(std::popcount(mask ^ kept));
-        mask = kept;
+        mask = insidePixels(pass.geometry, counts, base, state.row, mask);
         if (mask == 0)
             return out;
     }

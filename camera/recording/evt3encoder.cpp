@@ -1,5 +1,7 @@
 #include "camera/recording/evt3encoder.h"
 
+#include "camera/recording/evtwords.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -8,16 +10,16 @@ namespace korvane::recording {
 
 namespace {
 
-// Types of EVT 3.0 words, in their place in a word.
+// Types of words, in their place in a word.
 enum Type : unsigned {
-    AddressY = 0x0000,
-    AddressX = 0x2000,
-    VectorBase = 0x3000,
-    Vector12 = 0x4000,
-    Vector8 = 0x5000,
-    TimeLow = 0x6000,
-    TimeHigh = 0x8000,
-    Trigger = 0xA000,
+    AddressY = Evt3Words::AddressY << 12,
+    AddressX = Evt3Words::AddressX << 12,
+    VectorBase = Evt3Words::VectorBase << 12,
+    Vector12 = Evt3Words::Vector12 << 12,
+    Vector8 = Evt3Words::Vector8 << 12,
+    TimeLow = Evt3Words::TimeLow << 12,
+    TimeHigh = Evt3Words::TimeHigh << 12,
+    Trigger = Evt3Words::Trigger << 12,
 };
 
 constexpr std::uint64_t highPeriod = 4096; // microseconds a time-high value stands for

@@ -106,11 +106,11 @@ void onTimeHigh(const EvtClockRules& rules, EvtState& state, EvtCounts& counts, 
     raiseFloors(state);
 }
 
-/// The time to deliver for an event that literally happened at `time`.
-inline std::int64_t deliver(std::int64_t& floor, EvtCounts& counts, std::int64_t time)
+/// The time to deliver for so many events that literally happened at `time`.
+inline std::int64_t deliver(std::int64_t& floor, EvtCounts& counts, std::int64_t time, unsigned events = 1)
 {
     if (time < floor) {
-        ++counts.clamped;
+        counts.clamped += events;
         return floor;
     }
     floor = time;

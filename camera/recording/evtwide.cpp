@@ -162,18 +162,19 @@ KORVANE_WIDE_INLINE bool decodeEvt3Block(EvtState& state, EvtPass& pass, Event2D
     const __m512i values = _mm512_and_si512(words, _mm512_set1_epi16(0x0FFF));
     const __m512i coordinates = _mm512_and_si512(words, _mm512_set1_epi16(0x07FF));
 
-    const __mmask32 singles = lanesOfType(types, 0x2);
-    const __mmask32 rows = lanesOfType(types, 0x0);
-    const __mmask32 lows = lanesOfType(types, 0x6);
-    const __mmask32 bases = lanesOfType(types, 0x3);
-    const __mmask32 twelves = lanesOfType(types, 0x4);
-    const __mmask32 eights = lanesOfType(types, 0x5);
+    const __mmask32 singles = lanesOfType(types, Evt3Words::AddressX);
+    const __mmask32 rows = lanesOfType(types, Evt3Words::AddressY);
+    const __mmask32 lows = lanesOfType(types, Evt3Words::TimeLow);
+    const __mmask32 bases = lanesOfType(types, Evt3Words::VectorBase);
+    const __mmask32 twelves = lanesOfType(types, Evt3Words::Vector12);
+    const __mmask32 eights = lanesOfType(types, Evt3Words::Vector8);
     const __mmask32 repeats
         = _mm512_cmpeq_epi16_mask(words, _mm512_set1_epi16(static_cast<short>(0x8000u | state.highWord)));
     __mmask32 known = singles | rows | lows | bases | twelves | eights | repeats;
     if (known != 0xFFFFFFFFu) {
         // Monitoring words and the payload behind them are passed over; all else is for the careful decoder.
-        known |= lanesOfType(types, 0xE) | lanesOfType(types, 0xF) | lanesOfType(types, 0x7);
+        known |= lanesOfType(types, Evt3Words::Others) | lanesOfType(types, Evt3Words::Continued12)
+            | lanesOfType(types, Evt3Words::Continued4);
         if (known != 0xFFFFFFFFu)
             return false;
     }

@@ -35,9 +35,18 @@ static_assert(sizeof(Event2D) == 16 && offsetof(Event2D, x) == 0 && offsetof(Eve
 }
 
 /// How time-high words look in an encoding: the part that the scanner, the index and the decoders share.
-/// `mask` and `tag` tell a time-high word from others; the value is (word >> shift) & valueMask.
+/// `mask` and `tag` tell a time-high word from others, `valueMask` is where its value stands. A word's type
+/// is in its top four bits.
 struct Evt2Words
 {
+    enum Type : unsigned {
+        Off = 0x0,
+        On = 0x1,
+        TimeHigh = 0x8,
+        Trigger = 0xA,
+        Others = 0xE,
+        Continued = 0xF,
+    };
     using Word = std::uint32_t;
     static constexpr Word mask = 0xF0000000u;
     static constexpr Word tag = 0x80000000u;
@@ -47,6 +56,7 @@ struct Evt2Words
     static std::uint32_t value(Word word) { return word & valueMask; }
 };
 
+/// Types as in EVT 2.0.
 struct Evt21Words
 {
     using Word = std::uint64_t;
@@ -76,6 +86,20 @@ struct Evt21LegacyWords
 
 struct Evt3Words
 {
+    enum Type : unsigned {
+        AddressY = 0x0,
+        ForeignRow = 0x1,
+        AddressX = 0x2,
+        VectorBase = 0x3,
+        Vector12 = 0x4,
+        Vector8 = 0x5,
+        TimeLow = 0x6,
+        Continued4 = 0x7,
+        TimeHigh = 0x8,
+        Trigger = 0xA,
+        Others = 0xE,
+        Continued12 = 0xF,
+    };
     using Word = std::uint16_t;
     static constexpr Word mask = 0xF000u;
     static constexpr Word tag = 0x8000u;

@@ -120,23 +120,23 @@ Extent extentOfEvt3(std::span<const std::uint8_t> body)
     for (std::size_t at = firstTimeHigh<Evt3Words>(body); at + 2 <= body.size(); at += 2) {
         const unsigned word = loadWord<std::uint16_t>(body.data() + at);
         const unsigned type = word >> 12;
-        if (type <= 1) {
+        if (type == Evt3Words::AddressY || type == Evt3Words::ForeignRow) {
             row = word & 0x7FF;
-            rowUsable = type == 0;
-            rowHidden = type == 1;
-        } else if (type == 2 && rowUsable) {
+            rowUsable = type == Evt3Words::AddressY;
+            rowHidden = type == Evt3Words::ForeignRow;
+        } else if (type == Evt3Words::AddressX && rowUsable) {
             extent.x = std::max(extent.x, word & 0x7FF);
             extent.y = std::max(extent.y, row);
-        } else if (type == 3) {
+        } else if (type == Evt3Words::VectorBase) {
             base = word & 0x7FF;
             baseUsable = true;
-        } else if ((type == 4 || type == 5) && !rowHidden) {
-            const unsigned mask = word & (type == 4 ? 0xFFFu : 0xFFu);
+        } else if ((type == Evt3Words::Vector12 || type == Evt3Words::Vector8) && !rowHidden) {
+            const unsigned mask = word & (type == Evt3Words::Vector12 ? 0xFFFu : 0xFFu);
             if (mask != 0 && rowUsable && baseUsable) {
                 extent.x = std::max(extent.x, base + static_cast<unsigned>(std::bit_width(mask)) - 1);
                 extent.y = std::max(extent.y, row);
             }
-            base = std::min(base + (type == 4 ? 12u : 8u), vectorBaseLimit);
+            base = std::min(base + (type == Evt3Words::Vector12 ? 12u : 8u), vectorBaseLimit);
         }
     }
     return extent;
@@ -152,9 +152,9 @@ WordOrderVotes countWordOrder(std::span<const std::uint8_t> body)
     for (std::size_t at = 0; at + 8 <= length; at += 8) {
         const auto first = loadWord<std::uint32_t>(body.data() + at);
         const auto second = loadWord<std::uint32_t>(body.data() + at + 4);
-        if (first == 0 && second >> 28 == 8)
+        if (first == 0 && second >> 28 == Evt2Words::TimeHigh)
             ++votes.little;
-        else if (second == 0 && first >> 28 == 8)
+        else if (second == 0 && first >> 28 == Evt2Words::TimeHigh)
             ++votes.legacy;
     }
     return votes;

@@ -1,5 +1,6 @@
 #include "camera/recording/timehighscan.h"
 
+#include "camera/recording/evtwords.h"
 #include "display/kernels/multiversion.h"
 
 #include <cstring>
@@ -74,18 +75,20 @@ std::size_t findTimeHighChange(const std::uint64_t* words, std::size_t count,
 
 bool holdsTriggerWord(EvtEncoding encoding, std::span<const std::uint8_t> words)
 {
+    constexpr std::uint32_t trigger2 = Evt2Words::Trigger << 28;
+    constexpr auto trigger3 = static_cast<std::uint16_t>(Evt3Words::Trigger << 12);
     switch (encoding) {
     case EvtEncoding::Evt2:
-        return holdsType<std::uint32_t>(words, 0xF0000000u, 0xA0000000u);
+        return holdsType<std::uint32_t>(words, Evt2Words::mask, trigger2);
     case EvtEncoding::Evt21:
-        return holdsType<std::uint64_t>(words, 0xFull << 60, 0xAull << 60);
+        return holdsType<std::uint64_t>(words, Evt21Words::mask, std::uint64_t(trigger2) << 32);
     case EvtEncoding::Evt21Legacy:
         // The half with the type comes first.
-        return holdsType<std::uint64_t>(words, 0xF0000000u, 0xA0000000u);
+        return holdsType<std::uint64_t>(words, Evt2Words::mask, trigger2);
     case EvtEncoding::Evt3:
         break;
     }
-    return holdsType<std::uint16_t>(words, 0xF000, 0xA000);
+    return holdsType<std::uint16_t>(words, Evt3Words::mask, trigger3);
 }
 
 } // namespace korvane::recording
