@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
+#include <type_traits>
 
 namespace korvane::recording {
 
@@ -14,6 +16,20 @@ namespace {
 /// Where time does not advance for this many bytes, the state is found by decoding.
 constexpr std::uint64_t overdue = 4 * 1024 * 1024;
 constexpr std::size_t scratchEvents = 8192;
+
+using enum Evt3Words::Type;
+
+constexpr bool isRow(unsigned type)
+{
+    return type == AddressY || type == ForeignRow;
+}
+
+/// Whether a word of EVT 3.0 sets the base or moves it. By one comparison, for whole blocks are asked.
+constexpr bool concernsBase(std::uint16_t word)
+{
+    static_assert(Vector12 == VectorBase + 1 && Vector8 == VectorBase + 2);
+    return word - (VectorBase << 12) < (3u << 12);
+}
 
 /// The pattern in file order: legacy words stand with their halves swapped.
 template <typename Words>
@@ -102,34 +118,37 @@ void IndexScan::decodeTo(std::uint64_t offset)
     known = {static_cast<std::uint64_t>(pass.next - body.data()), state};
 }
 
-void IndexScan::lookBack(EvtState& state, std::uint64_t offset) const
+unsigned IndexScan::wordBefore(std::uint64_t offset) const
 {
-    if (decoder.encoding() != EvtEncoding::Evt3)
-        return;
+    return loadWord<std::uint16_t>(body.data() + offset - 2);
+}
+
+void IndexScan::lookBackForRow(EvtState& state, std::uint64_t offset) const
+{
     state.row = known.state.row;
     state.hasRow = known.state.hasRow;
     state.rowHidden = known.state.rowHidden;
-    state.base = known.state.base;
-    state.basePolarity = known.state.basePolarity;
-    state.hasBase = known.state.hasBase;
-
-    const auto typeAt = [this](std::uint64_t at) { return loadWord<std::uint16_t>(body.data() + at) >> 12; };
-    const auto wordAt = [this](std::uint64_t at) { return loadWord<std::uint16_t>(body.data() + at); };
     for (std::uint64_t at = offset; at > known.offset; at -= 2) {
-        const unsigned type = static_cast<unsigned>(typeAt(at - 2));
-        if (type > 1)
+        const unsigned word = wordBefore(at);
+        if (!isRow(word >> 12))
             continue;
-        state.rowHidden = type == 1;
-        if (type == 0) {
-            state.row = wordAt(at - 2) & 0x7FF;
+        state.rowHidden = word >> 12 == ForeignRow;
+        if (!state.rowHidden) {
+            state.row = static_cast<std::uint16_t>(word & 0x7FF);
             state.hasRow = true;
         }
         break;
     }
+}
 
+void IndexScan::lookBackForBase(EvtState& state, std::uint64_t offset) const
+{
+    state.base = known.state.base;
+    state.basePolarity = known.state.basePolarity;
+    state.hasBase = known.state.hasBase;
     unsigned advance = 0; // of the base since it was set
-    unsigned open
-        = 0; // the same by vectors whose row has not been met yet: in a hidden one they do not count
+    // The same by vectors whose row has not been met yet: in a hidden one they do not count.
+    unsigned open = 0;
     bool baseMet = false;
     std::uint64_t at = offset;
     while (at > known.offset && !(baseMet && open == 0)) {
@@ -141,7 +160,7 @@ void IndexScan::lookBack(EvtState& state, std::uint64_t offset) const
             std::memcpy(block, body.data() + at - sizeof block, sizeof block);
             unsigned any = 0;
             for (const std::uint16_t word : block)
-                any |= static_cast<unsigned>(word - 0x3000u) < 0x3000u ? 1u : 0u;
+                any |= concernsBase(word) ? 1u : 0u;
             if (any == 0) {
                 at -= sizeof block;
                 continue;
@@ -149,17 +168,17 @@ void IndexScan::lookBack(EvtState& state, std::uint64_t offset) const
         }
         const std::uint64_t until = at - std::min<std::uint64_t>(at - known.offset, 2 * blockWords);
         for (; at > until && !(baseMet && open == 0); at -= 2) {
-            const unsigned type = static_cast<unsigned>(typeAt(at - 2));
-            if (type <= 1) {
-                if (type == 0)
+            const unsigned word = wordBefore(at);
+            const unsigned type = word >> 12;
+            if (isRow(type)) {
+                if (type == AddressY)
                     advance = std::min(advance + open, vectorBaseLimit);
                 open = 0;
             } else if (baseMet) {
                 continue;
-            } else if (type == 4 || type == 5) {
-                open = std::min(open + (type == 4 ? 12u : 8u), vectorBaseLimit);
-            } else if (type == 3) {
-                const unsigned word = wordAt(at - 2);
+            } else if (type == Vector12 || type == Vector8) {
+                open = std::min(open + (type == Vector12 ? 12u : 8u), vectorBaseLimit);
+            } else if (type == VectorBase) {
                 state.base = static_cast<std::uint16_t>(word & 0x7FF);
                 state.basePolarity = static_cast<std::uint8_t>((word >> 11) & 1);
                 state.hasBase = true;
@@ -215,7 +234,10 @@ void IndexScan::scan()
                 entry.reached = state.high;
                 entry.eventFloor = state.high;
                 entry.triggerFloor = state.high;
-                lookBack(entry, at);
+                if constexpr (std::is_same_v<Words, Evt3Words>) {
+                    lookBackForRow(entry, at);
+                    lookBackForBase(entry, at);
+                }
                 place({next, entry});
             }
             at = next;

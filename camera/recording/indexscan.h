@@ -26,8 +26,11 @@ private:
     /// place then.
     void decodeTo(std::uint64_t offset);
     void place(const IndexEntry& entry);
-    /// Completes the state at a time-high word with the row and base that hold there.
-    void lookBack(EvtState& state, std::uint64_t offset) const;
+    /// Completes the state at a time-high word of EVT 3.0 with the row that holds there, and with the base.
+    void lookBackForRow(EvtState& state, std::uint64_t offset) const;
+    void lookBackForBase(EvtState& state, std::uint64_t offset) const;
+    /// The word of EVT 3.0 that ends at `offset`.
+    unsigned wordBefore(std::uint64_t offset) const;
 
     const EvtDecoder& decoder;
     Geometry geometry;
