@@ -90,7 +90,7 @@ ScriptedReader::Events ScriptedReader::window(std::uint64_t start, std::uint64_t
         return nullptr;
     auto events = std::make_shared<std::vector<korvane::Event2D>>();
     const auto put = [&events](std::uint64_t time) {
-        events->emplace_back(static_cast<std::uint16_t>(time / 1000 % 1280), row, std::uint8_t(1), time);
+        events->emplace_back(static_cast<std::uint16_t>(time / spacing % 1280), row, std::uint8_t(1), time);
     };
     const std::uint64_t from = std::max(start, firstTime);
     const std::uint64_t steps = (from - firstTime + spacing - 1) / spacing;
