@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <utility>
+#include <vector>
 
 DvsReadingLoop::DvsReadingLoop(SourceState& sharedState, const DisplayTiming& displayTiming, Hooks handlers)
     : state(sharedState), timing(displayTiming), hooks(std::move(handlers))
@@ -48,9 +49,13 @@ void DvsReadingLoop::read(korvane::DvsCamera& camera)
 {
     using Clock = std::chrono::steady_clock;
     using std::chrono::microseconds;
+    // Recycled from batch to batch, and gone with the camera: a second of a dense scene takes a hundred
+    // megabytes.
+    std::vector<korvane::Event2D> batch;
     while (state.filePlaying) {
         const auto t0 = Clock::now();
         if (camera.getNextEventBatch(batch) && !batch.empty()) {
+            // Before the picture, which may be fetched at once: it is not to stand under the time before.
             lastEventTimestamp = batch.back().timestamp;
             hooks.addEvents(batch.data(), batch.data() + batch.size());
             hooks.eventsReady();

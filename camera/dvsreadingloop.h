@@ -10,7 +10,6 @@
 #include <functional>
 #include <memory>
 #include <thread>
-#include <vector>
 
 /// Pulls event batches from an open DVS-only camera on a thread of its own, while SourceState::filePlaying is
 /// set. start() and stop() belong to one thread; the hooks are called on the reading thread and only hand
@@ -53,6 +52,5 @@ private:
     const Hooks hooks;
     PacedWait wait;
     std::thread readingThread;
-    std::vector<korvane::Event2D> batch; ///< the reading thread's
     std::atomic<std::uint64_t> lastEventTimestamp{0};
 };

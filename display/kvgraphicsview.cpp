@@ -18,6 +18,12 @@ KvGraphicsView::KvGraphicsView(QWidget* parent) : QGraphicsView(parent)
     setStyleSheet(QStringLiteral("border: 0px;"));
 }
 
+void KvGraphicsView::fit(const QGraphicsItem* item)
+{
+    currentScale = 1.0;
+    fitInView(item, Qt::KeepAspectRatio);
+}
+
 void KvGraphicsView::wheelEvent(QWheelEvent* event)
 {
     // The limits are tested before the step: the scale may end a little beyond them.

@@ -13,6 +13,8 @@ public:
 
     /// Zoom relative to the last fit.
     double scaleFactor() const { return currentScale; }
+    /// Shows the whole item, as large as the view lets it.
+    void fit(const QGraphicsItem* item);
 
 protected:
     void wheelEvent(QWheelEvent* event) override;

@@ -50,5 +50,5 @@ void ShowImageForm::showEvent(QShowEvent* event)
 void ShowImageForm::fit()
 {
     if (!pixmap.isNull())
-        ui->graphicsView->fitInView(pixmapItem, Qt::KeepAspectRatio);
+        ui->graphicsView->fit(pixmapItem);
 }

@@ -10,6 +10,8 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -35,7 +37,9 @@ KvComboBox::KvComboBox(QWidget* parent) : QWidget(parent), ui(std::make_unique<U
         });
     });
     connect(combo, &KVComboBoxBase::popupHidden, this, [this] {
-        listOpen = false;
+        // Qt hides the list of a box that is hidden or disabled as well: a wrong text keeps its mark then.
+        if (!std::exchange(listOpen, false))
+            return;
         ui->comboBoxWidget->setStyleSheet(
             u"border: 2px solid transparent;                border-radius: 3px;"_s);
         setTextColor(quietText);

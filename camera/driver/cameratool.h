@@ -9,7 +9,7 @@ namespace korvane {
 
 /// One group of camera settings. Calls come from the GUI thread, or from the worker that opens the camera
 /// before anyone else has it. The getters and setters answer false for a name they do not know or a value
-/// they refuse; nothing is clamped silently.
+/// they refuse; nothing is clamped silently. A panel may keep a tool, and set it, when its camera is closed.
 class CameraTool
 {
 public:

@@ -208,8 +208,10 @@ TEST_F(FusionEngineTest, EventsThatDoNotLoadAreLoggedAndNothingIsTold)
     const CapturedMessages messages;
     backend->dvsLoads = false;
     EXPECT_FALSE(engine->slotReadFusionFile("/rec/a.raw"));
+    EXPECT_EQ(backend->readers, 2) << "they stay stored";
     backend->offersDvs = false;
     EXPECT_FALSE(engine->slotReadFusionFile("/rec/a.raw"));
+    EXPECT_EQ(backend->readers, 1) << "the frames' new one";
     EXPECT_EQ(messages.debug().count(QStringLiteral("Load dvs file failed.")), 2);
     EXPECT_TRUE(told.lines().empty());
 }

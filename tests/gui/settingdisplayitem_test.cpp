@@ -155,6 +155,17 @@ TEST_F(SettingDisplayItemTest, OtherTimesAreMarkedAndNotSent)
     EXPECT_TRUE(looksValid(time));
 }
 
+TEST_F(SettingDisplayItemTest, AMarkStaysWhileTheItemIsFoldedAwayOrDisabled)
+{
+    retype(time, u"abc"_s);
+    item.hide();
+    item.show();
+    EXPECT_TRUE(looksInvalid(time)) << colours(time).toStdString();
+    time.setEnabled(false);
+    time.setEnabled(true);
+    EXPECT_TRUE(looksInvalid(time)) << colours(time).toStdString();
+}
+
 TEST_F(SettingDisplayItemTest, AMarkedTimeIsDrawnRed)
 {
     retype(time, u"abc"_s);

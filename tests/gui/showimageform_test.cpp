@@ -179,6 +179,10 @@ TEST_F(ShowImageFormTest, FitsWhenItIsShown)
     form.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
     expectFitted();
+    // Zooming begins anew with it: the picture gets no smaller than the view.
+    EXPECT_DOUBLE_EQ(view->scaleFactor(), 1.0);
+    turnWheel(*view, -120);
+    expectFitted();
 }
 
 TEST_F(ShowImageFormTest, AnEmptyPictureIsNotFitted)

@@ -151,6 +151,24 @@ TEST_F(ConfigTest, AFileWithSerialisedObjectsIsSetAsideAndGivesTheDefaults)
     }
 }
 
+TEST_F(ConfigTest, AFileThatCannotBeSetAsideIsLeftAloneAndItsPlaceIsTakenByAnother)
+{
+    const QByteArray content = "[Setting]\nlanguage=@Variant(x)\n";
+    const QString path = QDir::current().filePath(u"stuck.ini"_s);
+    writeFile(path, content);
+    // A folder that is not empty stands where the file would be put.
+    ASSERT_TRUE(QDir::current().mkpath(u"stuck.ini.unusable/full"_s));
+    const CapturedMessages messages;
+    {
+        const Config config(path);
+        EXPECT_EQ(config.language, u"en"_s);
+    }
+    EXPECT_EQ(messages.warnings(),
+              QStringList(path + u": holds what no settings are; the defaults are taken"_s));
+    EXPECT_EQ(contentOf(path), content) << "nothing is lost";
+    EXPECT_TRUE(contentOf(path + u".new"_s).contains("language=en"));
+}
+
 TEST_F(ConfigTest, TextsThatOnlyLookLikeObjectsAreKept)
 {
     const QString path = QDir::current().filePath(u"texts.ini"_s);
@@ -195,11 +213,16 @@ TEST_F(ConfigTest, FoldersThatExistOutsideTheDocumentsAreKeptAsTheyStand)
 {
     const QString odd = existing(u"a, b; \"c\" = 数据 %20"_s);
     const QString untidy = existing(u"in"_s) + u"/../in/"_s;
-    store(odd, untidy, u"zh"_s, existing(u"video"_s));
+    // What a mounted share may be called: no object, though its '@' follows '=' or a comma.
+    const QString share = existing(u"share=@pub, @home\\x40"_s);
+    store(odd, untidy, u"zh"_s, share);
+    const CapturedMessages messages;
     const Config config(ini());
+    EXPECT_EQ(messages.warnings(), QStringList());
     EXPECT_EQ(config.output_raw_file_path, odd);
     EXPECT_EQ(config.input_raw_file_path, untidy);
-    EXPECT_EQ(config.video_save_path, at(u"video"_s));
+    EXPECT_EQ(config.video_save_path, share);
+    EXPECT_EQ(config.language, u"zh"_s);
     EXPECT_FALSE(QDir(defaultFolder()).exists());
 }
 
