@@ -151,9 +151,12 @@ ApsVideoWriter::Counts ApsVideoWriter::counts() const
 
 void ApsVideoWriter::fail(const QString& why)
 {
-    const std::lock_guard lock(mutex);
-    reason = why;
-    failure = true;
+    {
+        const std::lock_guard lock(mutex);
+        reason = why;
+        failure = true;
+    }
+    qWarning().noquote().nospace() << name << ": the recording of frames ends: " << why;
 }
 
 void ApsVideoWriter::run()

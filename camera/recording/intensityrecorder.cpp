@@ -1,13 +1,58 @@
 #include "camera/recording/intensityrecorder.h"
 
+#include "camera/recording/videoinput.h"
+
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
+#include <sys/stat.h>
+
 namespace korvane::recording {
+
+namespace {
+
+/// A file that takes nothing any more once somebody has removed or truncated it: what goes there is lost.
+class WatchedFile : public QFile
+{
+public:
+    using QFile::QFile;
+
+protected:
+    qint64 writeData(const char* bytes, qint64 count) override
+    {
+        struct stat status = {};
+        const bool known = fstat(handle(), &status) == 0;
+        if (known && status.st_nlink == 0) {
+            setErrorString(QStringLiteral("the file has been removed"));
+            return -1;
+        }
+        if (known && status.st_size < end) {
+            setErrorString(QStringLiteral("the file has been truncated"));
+            return -1;
+        }
+        const qint64 written = QFile::writeData(bytes, count);
+        end = std::max(end, pos() + std::max<qint64>(written, 0));
+        return written;
+    }
+
+private:
+    qint64 end = 0; ///< of what was written
+};
+
+/// Whether a picture can be had of a video that was not completed.
+bool isPlayable(const QString& path)
+{
+    VideoInput video(path);
+    QString why;
+    return video.open(why) && video.hasVideo() && video.prepare(why);
+}
+
+} // namespace
 
 IntensityRecorder::IntensityRecorder(int frameWidth, int frameHeight, OpenDevice open)
     : width(frameWidth), height(frameHeight), openDevice(std::move(open))
@@ -21,7 +66,7 @@ IntensityRecorder::~IntensityRecorder()
 
 std::unique_ptr<QIODevice> IntensityRecorder::openNewFile(const QString& path, QString& error)
 {
-    auto file = std::make_unique<QFile>(path);
+    auto file = std::make_unique<WatchedFile>(path);
     if (file->open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered))
         return file;
     error = file->errorString();
@@ -92,8 +137,17 @@ void IntensityRecorder::stop()
         ended.reset();
         QFile::remove(path);
     } else if (!whole) {
-        const std::lock_guard lock(mutex);
-        recorderState.error = ended->error().toLocal8Bit().toStdString();
+        {
+            const std::lock_guard lock(mutex);
+            recorderState.error = ended->error().toLocal8Bit().toStdString();
+        }
+        ended.reset();
+        // A video that cannot be played would keep its events from being.
+        if (QFileInfo::exists(path) && !isPlayable(path)) {
+            qInfo().noquote().nospace()
+                << path << ": no picture was written before the fault; the file is removed";
+            QFile::remove(path);
+        }
     }
 }
 

@@ -46,6 +46,11 @@ bool NewFile::write(std::span<const std::uint8_t> bytes)
         error = QStringLiteral("the file has been removed");
         return false;
     }
+    // Behind an end that was moved there would be a gap.
+    if (static_cast<std::uint64_t>(status.st_size) < length) {
+        error = QStringLiteral("the file has been truncated");
+        return false;
+    }
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)

@@ -312,6 +312,10 @@
         <translation>the file has been removed</translation>
     </message>
     <message>
+        <source>the file has been truncated</source>
+        <translation>the file has been truncated</translation>
+    </message>
+    <message>
         <source>there is not enough memory</source>
         <translation>there is not enough memory</translation>
     </message>

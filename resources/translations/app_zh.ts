@@ -312,6 +312,10 @@
         <translation>文件已被删除</translation>
     </message>
     <message>
+        <source>the file has been truncated</source>
+        <translation>文件已被截断</translation>
+    </message>
+    <message>
         <source>there is not enough memory</source>
         <translation>内存不足</translation>
     </message>
