@@ -60,7 +60,10 @@ void append(std::vector<std::uint8_t>& out, const std::uint16_t* begin, const st
 
 } // namespace
 
-Evt3Encoder::Evt3Encoder(Geometry sensor) : geometry(sensor) {}
+Evt3Encoder::Evt3Encoder(Geometry sensor)
+    : geometry{std::min(sensor.width, maximumSide), std::min(sensor.height, maximumSide)}
+{
+}
 
 std::uint16_t* Evt3Encoder::putTimeHigh(std::uint16_t* at, std::uint64_t microseconds)
 {

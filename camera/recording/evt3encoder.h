@@ -27,13 +27,14 @@ public:
 
     /// Appends the words for these events and triggers to `out`, merged by time; a trigger comes before the
     /// events of its microsecond. Times are microseconds from the stream's start; one that steps back, within
-    /// a call or from call to call, is held at the time before it. Events outside the sensor and triggers on
-    /// channels that no word can name are dropped and counted.
+    /// a call or from call to call, is held at the time before it. Events outside the sensor, or beyond the
+    /// 2048 columns and rows that words can name, and triggers on channels that no word can name are dropped
+    /// and counted.
     void encode(std::span<const Event2D> events, std::span<const EventTriggerIn> triggers,
                 std::vector<std::uint8_t>& out);
 
     std::uint64_t encodedEvents() const { return encoded; }
-    /// Events dropped because they lie outside the sensor.
+    /// Events dropped because they lie outside the sensor or where no word can name them.
     std::uint64_t droppedEvents() const { return dropped; }
     /// Triggers dropped because no word can name their channel.
     std::uint64_t droppedTriggers() const { return nameless; }

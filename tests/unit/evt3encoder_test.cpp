@@ -221,6 +221,16 @@ TEST(Evt3Encoder, EventsOutsideTheSensorAreDroppedAndCounted)
     EXPECT_EQ(decode(words, {640, 480}).events, (Events{{639, 479, 1, 1}}));
 }
 
+TEST(Evt3Encoder, EventsThatNoWordCanNameAreDroppedAndCounted)
+{
+    // Column 2048 has the number of the polarity bit, row 2048 that of another origin.
+    Evt3Encoder encoder({4096, 4096});
+    std::vector<std::uint8_t> words;
+    encoder.encode(Events{{2048, 1, 0, 1}, {1, 2048, 0, 1}, {2047, 2047, 0, 1}}, {}, words);
+    EXPECT_EQ(encoder.droppedEvents(), 2u);
+    EXPECT_EQ(decode(words, {2048, 2048}).events, (Events{{2047, 2047, 0, 1}}));
+}
+
 TEST(Evt3Encoder, ATimeThatStepsBackIsHeld)
 {
     const Events events{{1, 1, 1, 100}, {2, 1, 1, 90}, {3, 1, 1, 101}};
