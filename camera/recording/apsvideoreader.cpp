@@ -7,7 +7,6 @@ extern "C" {
 }
 
 #include <QDebug>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <exception>
@@ -31,13 +30,7 @@ int matrixOf(const AVFrame& frame)
 
 std::unique_ptr<ApsVideoReader> ApsVideoReader::open(const std::string& path, QString& error)
 {
-    const QString name = QString::fromLocal8Bit(path.c_str());
-    if (!QFileInfo(name).isFile()) {
-        error = QFileInfo::exists(name) ? QStringLiteral("it is not a file")
-                                        : QStringLiteral("there is no such file");
-        return nullptr;
-    }
-    std::unique_ptr<ApsVideoReader> reader(new ApsVideoReader(name));
+    std::unique_ptr<ApsVideoReader> reader(new ApsVideoReader(QString::fromLocal8Bit(path.c_str())));
     if (!reader->input.open(error))
         return nullptr;
     if (!reader->input.hasVideo()) {

@@ -49,6 +49,9 @@ inline QString videoErrorText(int code)
     return QString::fromLatin1(text);
 }
 
+/// The unit of our times, as FFmpeg writes it.
+inline constexpr AVRational microseconds{1, 1000000};
+
 /// What one allocation of FFmpeg's may take: a picture of the largest size that is read, sixteen bits a
 /// colour. Beyond it a damaged container asks for memory that no video needs.
 inline constexpr std::size_t mostVideoMemory = std::size_t(256) << 20U; // bytes

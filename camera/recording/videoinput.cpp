@@ -2,14 +2,14 @@
 
 #include "camera/recording/videohandles.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 #include <utility>
 
 namespace korvane::recording {
 
 namespace {
-
-constexpr AVRational microseconds{1, 1000000};
 
 bool isDamaged(const AVFrame& frame)
 {
@@ -37,6 +37,12 @@ VideoInput::~VideoInput()
 
 bool VideoInput::open(QString& error)
 {
+    // Opening a pipe would wait for somebody who writes into it.
+    const QFileInfo info(file);
+    if (!info.isFile()) {
+        error = info.exists() ? QStringLiteral("it is not a file") : QStringLiteral("there is no such file");
+        return false;
+    }
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         error = file.errorString();
         return false;

@@ -8,7 +8,6 @@ namespace korvane::recording {
 
 namespace {
 
-constexpr AVRational microseconds{1, 1000000};
 constexpr std::int64_t longestFragment = 250000; // microseconds
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "camera/recording/apsvideoreader.h"
 
 #include "camera/recording/recordingbackend.h"
+#include "camera/recording/videomark.h"
 #include "tests/support/foreignvideo.h"
 #include "tests/unit/apsvideofixture.h"
 
@@ -9,9 +10,15 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <map>
 #include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using korvane::ApsFrame;
 using namespace korvane::recording;
@@ -254,6 +261,19 @@ TEST_F(ApsVideoReaderTest, RefusesWhatIsNoVideo)
     file.write(QByteArray(100000, 'x'));
     file.close();
     expectRefused(path, "it is not an .mp4 file");
+}
+
+TEST_F(ApsVideoReaderTest, APipeIsNoVideoAndNobodyWaitsForIt)
+{
+    const QByteArray pipe = QFile::encodeName(path);
+    ASSERT_EQ(mkfifo(pipe.constData(), 0600), 0);
+    auto marked = std::async(std::launch::async, [this] { return isMarkedVideo(path); });
+    const bool answered = marked.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    EXPECT_TRUE(answered);
+    if (!answered)
+        close(open(pipe.constData(), O_WRONLY | O_CLOEXEC));
+    EXPECT_FALSE(marked.get());
+    expectRefused(path, "it is not a file");
 }
 
 TEST_F(ApsVideoReaderTest, RefusesAFileWithoutAVideoStream)
