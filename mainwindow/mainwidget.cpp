@@ -8,7 +8,6 @@
 #include "display/showimageform.h"
 #include "mainwindow/decorations.h"
 #include "mainwindow/menuactions.h"
-#include "mainwindow/nativeposition.h"
 #include "mainwindow/sidebars.h"
 #include "mainwindow/windowground.h"
 #include "mainwindow/windowkeys.h"
@@ -19,6 +18,7 @@
 #include "playback/rangesaver.h"
 #include "playback/recordingopener.h"
 #include "widgets/kvthreehandleslider.h"
+#include "widgets/nativeposition.h"
 #include "widgets/timestamptotext.h"
 
 #include <QGuiApplication>

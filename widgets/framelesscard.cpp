@@ -1,6 +1,7 @@
 #include "widgets/framelesscard.h"
 
 #include "widgets/cardcorners.h"
+#include "widgets/nativeposition.h"
 
 #include <QWidget>
 
@@ -14,4 +15,5 @@ void makeFramelessCard(QWidget* dialog, QWidget* titleBar)
     agent->setup(dialog);
     agent->setTitleBar(titleBar);
     new CardCorners(dialog);
+    new NativePosition(dialog);
 }

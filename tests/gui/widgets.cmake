@@ -1,5 +1,6 @@
 korvane_add_test(widgets_test GUI
     SOURCES
+        framelesscard_test.cpp
         kvcapturedlog.h
         kvcombobox_test.cpp
         kvfilepathreminderform_test.cpp

@@ -1,4 +1,4 @@
-#include "mainwindow/nativeposition.h"
+#include "widgets/nativeposition.h"
 
 #include <QEvent>
 #include <QWidget>
