@@ -20,23 +20,19 @@ constexpr std::uint16_t scaled(double factor)
     return static_cast<std::uint16_t>(factor * 32768 + 0.5);
 }
 
-// Recommendation ITU-R BT.709-6.
-constexpr double redShare = 0.2126;
-constexpr double greenShare = 0.7152;
-constexpr double blueShare = 0.0722;
 constexpr double lumaRange = 219.0 / 255;
-constexpr double cbRange = 224.0 / 255 / 1.8556;
-constexpr double crRange = 224.0 / 255 / 1.5748;
+constexpr double cbRange = 224.0 / 255 / bt709::cbDivisor;
+constexpr double crRange = 224.0 / 255 / bt709::crDivisor;
 
-constexpr std::uint16_t lumaRed = scaled(redShare * lumaRange);
-constexpr std::uint16_t lumaGreen = scaled(greenShare * lumaRange);
-constexpr std::uint16_t lumaBlue = scaled(blueShare * lumaRange);
-constexpr std::uint16_t cbRed = scaled(redShare * cbRange);
-constexpr std::uint16_t cbGreen = scaled(greenShare * cbRange);
-constexpr std::uint16_t cbBlue = scaled((1 - blueShare) * cbRange);
-constexpr std::uint16_t crRed = scaled((1 - redShare) * crRange);
-constexpr std::uint16_t crGreen = scaled(greenShare * crRange);
-constexpr std::uint16_t crBlue = scaled(blueShare * crRange);
+constexpr std::uint16_t lumaRed = scaled(bt709::red * lumaRange);
+constexpr std::uint16_t lumaGreen = scaled(bt709::green * lumaRange);
+constexpr std::uint16_t lumaBlue = scaled(bt709::blue * lumaRange);
+constexpr std::uint16_t cbRed = scaled(bt709::red * cbRange);
+constexpr std::uint16_t cbGreen = scaled(bt709::green * cbRange);
+constexpr std::uint16_t cbBlue = scaled((1 - bt709::blue) * cbRange);
+constexpr std::uint16_t crRed = scaled((1 - bt709::red) * crRange);
+constexpr std::uint16_t crGreen = scaled(bt709::green * crRange);
+constexpr std::uint16_t crBlue = scaled(bt709::blue * crRange);
 
 // The offset, half a unit to round, and half of what mulHigh() cuts off on the average of its terms.
 constexpr std::uint16_t lumaBase = 16 * 128 + 64 + 1;

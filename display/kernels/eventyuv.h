@@ -17,16 +17,28 @@ struct YuvColour
     bool operator==(const YuvColour&) const = default;
 };
 
-/// The nearest video colour. Coefficients of Recommendation ITU-R BT.709-6.
+/// Recommendation ITU-R BT.709-6: what each channel adds to the luma, and what the differences of blue and of
+/// red from it are divided by.
+namespace bt709 {
+
+constexpr double red = 0.2126;
+constexpr double green = 0.7152;
+constexpr double blue = 0.0722;
+constexpr double cbDivisor = 1.8556;
+constexpr double crDivisor = 1.5748;
+
+} // namespace bt709
+
+/// The nearest video colour.
 constexpr YuvColour yuvColour(Rgb32 colour)
 {
     const double red = (colour >> 16) & 0xFF;
     const double green = (colour >> 8) & 0xFF;
     const double blue = colour & 0xFF;
-    const double luma = 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+    const double luma = bt709::red * red + bt709::green * green + bt709::blue * blue;
     const auto rounded = [](double value) { return static_cast<std::uint8_t>(value + 0.5); };
-    return {rounded(16 + luma * 219 / 255), rounded(128 + (blue - luma) / 1.8556 * 224 / 255),
-            rounded(128 + (red - luma) / 1.5748 * 224 / 255)};
+    return {rounded(16 + luma * 219 / 255), rounded(128 + (blue - luma) / bt709::cbDivisor * 224 / 255),
+            rounded(128 + (red - luma) / bt709::crDivisor * 224 / 255)};
 }
 
 /// The three colours of an EventPalette for videos.
