@@ -2,9 +2,9 @@
 
 #include "settings/layoutsettling.h"
 #include "ui_settingitembox.h"
+#include "widgets/styledeclaration.h"
 
 #include <QPainter>
-#include <QRegularExpression>
 #include <QStyle>
 #include <QStyleOption>
 
@@ -12,13 +12,9 @@
 
 namespace {
 
-/// Replaces the first match of the pattern by a declaration, or appends the declaration after a space.
-void putDeclaration(QString& styleSheet, const QString& pattern, const QString& declaration)
+void putDeclaration(QString& styleSheet, const QString& property, const QString& declaration)
 {
-    const QRegularExpressionMatch match = QRegularExpression(pattern).match(styleSheet);
-    if (match.hasMatch())
-        styleSheet.replace(match.capturedStart(), match.capturedLength(), declaration);
-    else
+    if (!replaceStyleDeclaration(styleSheet, property, declaration))
         styleSheet += u' ' + declaration;
 }
 
@@ -86,10 +82,10 @@ void SettingItemBox::applyFold(bool folded)
     if (folded && focused != nullptr && ui->widget_container->isAncestorOf(focused))
         focused->clearFocus();
     ui->widget_container->setVisible(!folded);
-    putDeclaration(styleSheet, QStringLiteral("(\\bborder[^;]*;)"),
+    putDeclaration(styleSheet, QStringLiteral("border"),
                    folded ? QStringLiteral("border-left: 0px solid #004B6A;")
                           : QStringLiteral("border-left: 2px solid #004B6A;"));
-    putDeclaration(styleSheet, QStringLiteral("(\\bbackground[^;]*;)"),
+    putDeclaration(styleSheet, QStringLiteral("background"),
                    folded ? QStringLiteral("background: #F4F5F7;") : QStringLiteral("background: #E1E9ED;"));
     // Setting a style sheet costs, even the same one.
     if (styleSheet != ui->widget_setting_box_title->styleSheet())
