@@ -4,7 +4,7 @@
 
 class QWidget;
 
-/// What the window adds to its form. GUI thread.
+// What the window adds to its form. GUI thread.
 
 /// The shadow that a pane casts.
 void addPaneShadow(QWidget* pane);

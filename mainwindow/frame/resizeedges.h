@@ -4,10 +4,10 @@
 #include <QSize>
 #include <Qt>
 
-/// Where a frameless window is resized, and to what: plain functions on geometry, for any thread.
+// Where a frameless window is resized, and to what: plain functions on geometry. Any thread; pixels.
 
 /// The edges of a window of a size that are taken at a position in it; none inside. Only edges whose
-/// direction can change between minimum and maximum are taken. Pixels.
+/// direction can change between minimum and maximum are taken.
 Qt::Edges resizeEdgesAt(const QPoint& position, const QSize& size, const QSize& minimum,
                         const QSize& maximum);
 

@@ -30,7 +30,6 @@ void expectEmbeddedFont(QFont font)
 TEST(LoadApplicationFont, MakesTheEmbeddedFontTheApplicationsFont)
 {
     const CapturedMessages log;
-    const QFont before = QApplication::font();
     ASSERT_TRUE(loadApplicationFont());
     EXPECT_EQ(log.debug(), QStringList());
 

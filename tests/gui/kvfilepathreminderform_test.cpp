@@ -1,4 +1,4 @@
-#include "tests/gui/kvcapturedlog.h"
+#include "tests/support/capturedmessages.h"
 #include "widgets/kvfilepathreminderform.h"
 
 #include <QApplication>
@@ -265,12 +265,12 @@ TEST(KvFilePathReminderForm, ItsCrossHidesItAndTheTimerStillDeletesIt)
 TEST(KvFilePathReminderForm, OpenDirOpensTheFolderAsALocalFile)
 {
     FolderOpener opener;
-    const KvCapturedLog log;
+    const CapturedMessages log;
     const auto toast = toastOf(Success, u"/data/with blank#1"_s);
     toast->show();
     QTest::mouseClick(button(*toast, u"pb_open_dir"_s), Qt::LeftButton);
     EXPECT_EQ(opener.opened, QList<QUrl>{QUrl::fromLocalFile(u"/data/with blank#1"_s)});
-    EXPECT_EQ(log.count("Failed to open directory."_L1), 0);
+    EXPECT_EQ(log.debug().count(u"Failed to open directory."_s), 0);
     EXPECT_TRUE(toast->isVisible());
 }
 
@@ -279,12 +279,12 @@ TEST(KvFilePathReminderForm, AFolderThatCannotBeOpenedIsLoggedAndNothingElseHapp
     // Without a search path no desktop handler is found.
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "");
-    const KvCapturedLog log;
+    const CapturedMessages log;
     const auto toast = toastOf(Success, u"/no/such/folder"_s);
     toast->show();
     QTest::mouseClick(button(*toast, u"pb_open_dir"_s), Qt::LeftButton);
     qputenv("PATH", path);
-    EXPECT_EQ(log.count("Failed to open directory."_L1), 1);
+    EXPECT_EQ(log.debug().count(u"Failed to open directory."_s), 1);
     EXPECT_TRUE(toast->isVisible());
 }
 

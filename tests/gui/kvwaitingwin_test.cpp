@@ -1,4 +1,4 @@
-#include "tests/gui/kvcapturedlog.h"
+#include "tests/support/capturedmessages.h"
 #include "widgets/waitingwin.h"
 
 #include <QLabel>
@@ -158,7 +158,7 @@ TEST(WaitingWin, OutlivesItsAnchor)
 
 TEST(WaitingWin, RunsItsAnimation)
 {
-    const KvCapturedLog log;
+    const CapturedMessages log;
     WaitingWin spinner(nullptr);
     spinner.show();
     const auto* label = spinner.findChild<QLabel*>(u"label"_s);
@@ -172,5 +172,5 @@ TEST(WaitingWin, RunsItsAnimation)
     EXPECT_EQ(spinner.styleSheet(), u"background: transparent;"_s);
     const int first = label->movie()->currentFrameNumber();
     EXPECT_TRUE(QTest::qWaitFor([&] { return label->movie()->currentFrameNumber() != first; }));
-    EXPECT_EQ(log.count("GIF is not valid or not found"_L1), 0);
+    EXPECT_EQ(log.debug().count(u"GIF is not valid or not found"_s), 0);
 }

@@ -1,7 +1,7 @@
 // Linked without the program's images: the animation is missing, or one of the broken ones is put in its
 // place.
 
-#include "tests/gui/kvcapturedlog.h"
+#include "tests/support/capturedmessages.h"
 #include "widgets/waitingwin.h"
 
 #include <QFile>
@@ -42,9 +42,9 @@ protected:
 
 TEST_P(WaitingWinWithoutGif, LogsItAndShowsAnEmptyTransparentWindow)
 {
-    const KvCapturedLog log;
+    const CapturedMessages log;
     WaitingWin spinner(nullptr);
-    EXPECT_EQ(log.count("GIF is not valid or not found"_L1), 1);
+    EXPECT_EQ(log.debug().count(u"GIF is not valid or not found"_s), 1);
     spinner.show();
     const QImage image = spinner.grab().toImage();
     ASSERT_EQ(image.size(), QSize(321, 276));

@@ -1,7 +1,6 @@
 korvane_add_test(widgets_test GUI
     SOURCES
         framelesscard_test.cpp
-        kvcapturedlog.h
         kvcombobox_test.cpp
         kvfilepathreminderform_test.cpp
         kvlineedit_test.cpp
@@ -21,7 +20,7 @@ set_property(SOURCE kvmessagebox_test.cpp APPEND PROPERTY COMPILE_DEFINITIONS
 
 # Linked without the program's images, to see them missing.
 korvane_add_test(widgets_without_images_test GUI
-    SOURCES kvcapturedlog.h kvwaitingwinwithoutgif_test.cpp
+    SOURCES kvwaitingwinwithoutgif_test.cpp
     LINKS korvane_widgets)
 # Animations that are none, each in a file of resources that the test puts in the missing one's place.
 set(broken_gifs "${CMAKE_CURRENT_BINARY_DIR}/brokengifs")
