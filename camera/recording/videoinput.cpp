@@ -2,6 +2,7 @@
 
 #include "camera/recording/videohandles.h"
 
+#include <QDebug>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -94,6 +95,7 @@ bool VideoInput::prepare(QString& error)
     if (!openDecoder(error))
         return false;
     findTimes();
+    tellReadError();
     if (pictureTimes.empty())
         error = QStringLiteral("it holds no picture");
     return !pictureTimes.empty();
@@ -201,13 +203,28 @@ void VideoInput::seek(std::size_t picture)
     drained = false;
 }
 
+void VideoInput::tellReadError()
+{
+    if (device.hasFailed() && !std::exchange(readErrorTold, true))
+        qWarning().noquote().nospace()
+            << file.fileName() << ": a part of the file cannot be read: " << device.errorString();
+}
+
 bool VideoInput::feed()
 {
     if (drained)
         return false;
-    while (av_read_frame(container, packet) >= 0) {
+    // A packet that cannot be read, or that the decoder refuses, is a damaged picture: the next ones may be
+    // sound.
+    std::size_t unread = 0;
+    for (int code = 0; code != AVERROR_EOF && unread <= pictureTimes.size();) {
+        code = av_read_frame(container, packet);
+        if (code < 0) {
+            ++unread;
+            tellReadError();
+            continue;
+        }
         const bool ours = packet->stream_index == stream;
-        // A packet that the decoder refuses is a damaged picture: the next ones may be sound.
         const bool taken = ours && avcodec_send_packet(decoder, packet) >= 0;
         av_packet_unref(packet);
         if (taken)

@@ -49,6 +49,8 @@ private:
     std::vector<std::uint64_t> scannedTimes();
     void toBegin();
     bool feed();
+    /// Once a file.
+    void tellReadError();
     std::int64_t microsecondsOf(std::int64_t ticks) const;
 
     QFile file;
@@ -59,6 +61,7 @@ private:
     AVPacket* packet = nullptr;
     int stream = -1;
     bool drained = false; ///< the decoder was told that nothing more comes
+    bool readErrorTold = false;
     std::vector<std::uint64_t> pictureTimes;
 };
 

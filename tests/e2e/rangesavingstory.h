@@ -16,6 +16,8 @@
 class RangeSavingStory : public WindowStory
 {
 protected:
+    using WindowStory::WindowStory;
+
     void SetUp() override
     {
         WindowStory::SetUp();
