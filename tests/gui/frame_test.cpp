@@ -74,6 +74,13 @@ void drag(QWidget* widget, const QPoint& from, const QPoint& distance)
     QTest::mouseRelease(widget, Qt::LeftButton, {}, from);
 }
 
+/// A whole double click: Qt Test itself leaves the button down.
+void doubleClick(QWidget* widget, const QPoint& place, Qt::MouseButton button = Qt::LeftButton)
+{
+    QTest::mouseDClick(widget, button, {}, place);
+    QTest::mouseRelease(widget, button, {}, place);
+}
+
 /// Presses at a place of the native window, as a user does, and lets go at another.
 void dragEdge(QWidget& form, const QPoint& from, const QPoint& to)
 {
@@ -254,10 +261,9 @@ TEST(WindowAgent, CaptionButtonsDoNotActByThemselves)
 TEST(WindowAgent, ADoubleClickOnTheTitleSpaceMaximisesAndRestores)
 {
     MainForm form(true);
-    QTest::mouseDClick(form.title, Qt::LeftButton, {}, QPoint(50, 10));
+    doubleClick(form.title, QPoint(50, 10));
     EXPECT_TRUE(form.isMaximized());
-    QTest::mouseRelease(form.title, Qt::LeftButton, {}, QPoint(50, 10));
-    QTest::mouseDClick(form.title, Qt::LeftButton, {}, QPoint(50, 10));
+    doubleClick(form.title, QPoint(50, 10));
     EXPECT_FALSE(form.isMaximized());
     EXPECT_EQ(form.title->styleSheet(), form.titleStyle) << "the title bar's look is not the agent's";
     EXPECT_EQ(form.size(), QSize(600, 400));
@@ -266,11 +272,11 @@ TEST(WindowAgent, ADoubleClickOnTheTitleSpaceMaximisesAndRestores)
 TEST(WindowAgent, ADoubleClickDoesNothingWithoutAMaximiseButton)
 {
     DialogForm form(false);
-    QTest::mouseDClick(form.title, Qt::LeftButton, {}, QPoint(50, 10));
+    doubleClick(form.title, QPoint(50, 10));
     EXPECT_FALSE(form.isMaximized());
     MainForm mainForm(true);
-    QTest::mouseDClick(mainForm.body, Qt::LeftButton, {}, QPoint(50, 100));
-    QTest::mouseDClick(mainForm.title, Qt::RightButton, {}, QPoint(50, 10));
+    doubleClick(mainForm.body, QPoint(50, 100));
+    doubleClick(mainForm.title, QPoint(50, 10), Qt::RightButton);
     EXPECT_FALSE(mainForm.isMaximized());
 }
 
@@ -349,6 +355,8 @@ TEST(WindowAgent, TheEdgesShowWhichWayTheyResize)
         QTest::mouseMove(window, place);
         return form.cursor().shape();
     };
+    // First the middle: a move to where the pointer was before would be none.
+    EXPECT_EQ(shapeAt(QPoint(300, 200)), Qt::ArrowCursor);
     EXPECT_EQ(shapeAt(QPoint(2, 200)), Qt::SizeHorCursor);
     EXPECT_EQ(shapeAt(QPoint(597, 200)), Qt::SizeHorCursor);
     EXPECT_EQ(shapeAt(QPoint(300, 2)), Qt::SizeVerCursor);

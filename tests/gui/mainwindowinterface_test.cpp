@@ -101,32 +101,6 @@ TEST(MainWindowInterface, OnlyTheSlotsThatOthersCallArePublic)
                     "slotSetSliderEndTime", "slotShowFilePlayProgress"}));
 }
 
-TEST(MainWindowInterface, TheEngineDeclaresItsSignalsAndSlotsInOrder)
-{
-    const QMetaObject& type = KvFusionCameraDataProcessor::staticMetaObject;
-    EXPECT_EQ(declared(type, QMetaMethod::Signal) + declared(type, QMetaMethod::Slot),
-              list({
-                  "signalFusionImage(QImage)",
-                  "signalFusionPixMap(QPixmap)",
-                  "triggerFusionImage()",
-                  "signalTimeStamp(uint64_t)",
-                  "signalStartTimeStamp(uint64_t)",
-                  "signalEndTimeStamp(uint64_t)",
-                  "signalPlayProgress(uint64_t,uint64_t)",
-                  "signalPalyFileFinished()",
-                  "slotSetViewerType(korvane::STREAM_TYPE)",
-                  "slotReadFusionFile(std::string)",
-                  "slotSetStartTimeStamp(uint64_t)",
-                  "slotSetEndTimeStamp(uint64_t)",
-                  "slotFusionFilePlayControl(bool)",
-                  "slotSetReplayFlag(bool)",
-              }));
-    EXPECT_EQ(type.indexOfSignal("signalFusionImage(QImage)"), type.methodOffset());
-    EXPECT_EQ(type.indexOfSlot("slotSetReplayFlag(bool)"), type.methodOffset() + 13);
-    EXPECT_EQ(QByteArray(type.method(type.indexOfSlot("slotReadFusionFile(std::string)")).typeName()),
-              QByteArray("bool"));
-}
-
 TEST(MainWindowInterface, TheViewerTypeTravelsOverAConnectionMadeByName)
 {
     KvFusionCameraDataProcessor engine;
@@ -144,14 +118,4 @@ TEST(MainWindowInterface, TheViewerTypeTravelsOverAConnectionMadeByName)
     QCoreApplication::processEvents();
     engine.onApsFrame(korvane::ApsFrame());
     EXPECT_EQ(images.count(), 1) << "the view of the events";
-}
-
-TEST(MainWindowInterface, AnEngineWithoutARecordingEndsPlaybackAtOnce)
-{
-    KvFusionCameraDataProcessor engine;
-    QSignalSpy finished(&engine, &KvFusionCameraDataProcessor::signalPalyFileFinished);
-    engine.slotFusionFilePlayControl(false);
-    EXPECT_EQ(finished.count(), 0);
-    engine.slotFusionFilePlayControl(true);
-    EXPECT_EQ(finished.count(), 1);
 }
