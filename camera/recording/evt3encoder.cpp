@@ -71,7 +71,7 @@ std::uint16_t* Evt3Encoder::putTimeHigh(std::uint16_t* at, std::uint64_t microse
     return put(at, TimeHigh, microseconds / highPeriod % 4096);
 }
 
-void Evt3Encoder::putIdle(std::uint64_t until, std::vector<std::uint8_t>& out)
+void Evt3Encoder::encodeIdle(std::uint64_t until, std::vector<std::uint8_t>& out)
 {
     if (!started)
         return;
@@ -91,7 +91,7 @@ void Evt3Encoder::putTrigger(const EventTriggerIn& trigger, std::vector<std::uin
         ++nameless;
         return;
     }
-    putIdle(trigger.timestamp, out);
+    encodeIdle(trigger.timestamp, out);
     const std::uint64_t moment = started ? std::max(trigger.timestamp, time) : trigger.timestamp;
     std::array<std::uint16_t, 3> words = {};
     std::uint16_t* at = words.data();
@@ -123,7 +123,7 @@ void Evt3Encoder::encode(std::span<const Event2D> events, std::span<const EventT
                                      })
                 - events.begin()));
         while (!piece.empty()) {
-            putIdle(piece.front().timestamp, out);
+            encodeIdle(piece.front().timestamp, out);
             const std::size_t done = putEvents(piece, out);
             piece = piece.subspan(done);
             events = events.subspan(done);

@@ -33,6 +33,10 @@ public:
     void encode(std::span<const Event2D> events, std::span<const EventTriggerIn> triggers,
                 std::vector<std::uint8_t>& out);
 
+    /// Appends the words of the idle time up to here, microseconds, as encode() does for what comes behind a
+    /// gap: for gaps whose words should not be made at once. Nothing before the stream has begun.
+    void encodeIdle(std::uint64_t until, std::vector<std::uint8_t>& out);
+
     std::uint64_t encodedEvents() const { return encoded; }
     /// Events dropped because they lie outside the sensor or where no word can name them.
     std::uint64_t droppedEvents() const { return dropped; }
@@ -46,7 +50,6 @@ public:
 
 private:
     std::uint16_t* putTimeHigh(std::uint16_t* at, std::uint64_t microseconds);
-    void putIdle(std::uint64_t until, std::vector<std::uint8_t>& out);
     void putTrigger(const EventTriggerIn& trigger, std::vector<std::uint8_t>& out);
     /// Encodes events up to the first that comes after a gap in time; how many those are.
     std::size_t putEvents(std::span<const Event2D> events, std::vector<std::uint8_t>& out);

@@ -20,6 +20,9 @@ namespace {
 /// Events of a block: small enough for the processor's second cache, large enough that handing it to another
 /// thread costs nothing.
 constexpr std::size_t blockEvents = 16 * 1024;
+/// Microseconds that a block covers at most: a day. Idle time has words as well, 43 KB a day, and a damaged
+/// recording may claim centuries of it.
+constexpr std::uint64_t blockSpan = 86'400'000'000;
 
 /// Makes blocks of a recording's events and triggers and hands them to the writer.
 class BlockMaker
@@ -34,24 +37,48 @@ public:
     bool add(std::span<const Event2D> events)
     {
         while (!events.empty()) {
-            const std::size_t count = std::min(events.size(), blockEvents - block.events.size());
-            block.events.insert(block.events.end(), events.begin(),
-                                events.begin() + static_cast<std::ptrdiff_t>(count));
-            events = events.subspan(count);
+            if (!reach(events.front().timestamp))
+                return false;
+            auto now = events.first(std::min(events.size(), blockEvents - block.events.size()));
+            if (now.back().timestamp - begin > blockSpan)
+                now = now.first(static_cast<std::size_t>(
+                    std::partition_point(
+                        now.begin(), now.end(),
+                        [this](const Event2D& event) { return event.timestamp - begin <= blockSpan; })
+                    - now.begin()));
+            block.events.insert(block.events.end(), now.begin(), now.end());
+            events = events.subspan(now.size());
             if (block.events.size() == blockEvents && !handOn(block.events.back().timestamp))
                 return false;
         }
         return true;
     }
-    bool finish() { return handOn(~std::uint64_t(0)); }
+    bool finish()
+    {
+        return (triggers.empty() || reach(triggers.back().timestamp)) && handOn(~std::uint64_t(0));
+    }
 
     const Evt3Encoder& words() const { return encoder; }
     std::uint64_t events() const { return total; }
 
 private:
+    /// Hands on what lies more than a block's span before this time, to which events or triggers have come.
+    bool reach(std::uint64_t time)
+    {
+        if (!std::exchange(begun, true))
+            begin = triggers.empty() ? time : std::min(time, triggers.front().timestamp);
+        while (time - begin > blockSpan) {
+            const std::uint64_t end = begin + blockSpan;
+            if (!handOn(end))
+                return false;
+            encoder.encodeIdle(end, block.bytes);
+        }
+        return true;
+    }
     /// Completes the block with the triggers up to a time.
     bool handOn(std::uint64_t time)
     {
+        begin = time;
         const auto behind
             = std::partition_point(triggers.begin(), triggers.end(), [time](const EventTriggerIn& trigger) {
                   return trigger.timestamp <= time;
@@ -72,6 +99,8 @@ private:
     VerifyingWriter& writer;
     VerifyingWriter::Block block;
     std::uint64_t total = 0;
+    std::uint64_t begin = 0; ///< of the block, microseconds
+    bool begun = false;
 };
 
 /// Writes the range into the file, verified; false, with the reason in `error`, when not all of it stands

@@ -9,8 +9,10 @@
 #include <limits>
 #include <new>
 
+using namespace korvane;
 using namespace korvane::recording;
 using namespace evt;
+using testing::ElementsAre;
 using testing::SizeIs;
 
 // The reader where memory is short. A program of its own: it has its own operator new.
@@ -114,6 +116,35 @@ TEST_F(RawFileReaderMemory, ACutWhoseTriggersMemoryHasNoRoomForFailsInsteadOfLos
     EXPECT_FALSE(QFile::exists(QString::fromStdString(recordings.path("cut.raw"))));
     ASSERT_THAT(messages.warnings(), SizeIs(1));
     EXPECT_TRUE(messages.warnings()[0].endsWith(QStringLiteral(": std::bad_alloc")));
+}
+
+TEST_F(RawFileReaderMemory, ACutTakesLittleHoweverLongARecordingClaimsToBe)
+{
+    // Times that wrap round and round between two events, and from there to a trigger.
+    constexpr unsigned wraps = 300;
+    Bytes words = words2({high2(0), cd2(1, 5, 1, 1)});
+    const auto idle = [&words] {
+        for (unsigned i = 0; i < wraps; ++i) {
+            for (const std::uint32_t high : {0xF000000u, 0xFFFFFFFu, 0u})
+                append(words, high2(high), 4);
+        }
+    };
+    idle();
+    append(words, cd2(0, 7, 2, 2), 4);
+    idle();
+    append(words, trigger2(9, 3, 1), 4);
+    path = recordings.write("centuries.raw", TemporaryRecordings::header(EvtEncoding::Evt2), words);
+    const auto reader = open();
+    ASSERT_TRUE(reader->loadFile());
+    constexpr std::uint64_t gap = std::uint64_t(wraps) << 34; // two months, whose words take 2.5 MB
+    {
+        const ShortMemory memory(1 << 20);
+        ASSERT_TRUE(reader->cutFile(0, endless, recordings.path("cut.raw")));
+    }
+    const auto cut = TemporaryRecordings::load(recordings.path("cut.raw"));
+    ASSERT_TRUE(cut);
+    EXPECT_THAT(*cut->getEventsAt(0, endless), ElementsAre(Event2D(1, 1, 1, 5), Event2D(2, 2, 0, gap + 7)));
+    EXPECT_THAT(*cut->getTriggersAt(0, endless), ElementsAre(EventTriggerIn(3, 1, 2 * gap + 9)));
 }
 
 TEST_F(RawFileReaderMemory, AWindowIsGivenBackWithoutMemory)
