@@ -98,8 +98,7 @@ double residentMegabytes(const char* key)
 /// Memory that is not a mapped file's, while a recording of 1 GB plays.
 void play_rss(benchmark::State& state)
 {
-    const char* const folder = std::getenv("KORVANE_BENCH_DATA");
-    const std::string path = streams::busyRecording(folder ? folder : "bench-data", gigabyte);
+    const std::string path = streams::busyRecording(gigabyte);
     application();
     for (auto _ : state) {
         MainWidget window;

@@ -1,4 +1,5 @@
 #include "benchmarks/figure.h"
+#include "benchmarks/streams.h"
 #include "benchmarks/watchedclock.h"
 #include "camera/driver/backend.h"
 #include "camera/recording/intensityrecorder.h"
@@ -27,7 +28,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <mutex>
@@ -246,8 +246,7 @@ void count_events(benchmark::State& state)
 /// cannot be made.
 QString fusionRecording()
 {
-    const char* const variable = std::getenv("KORVANE_BENCH_DATA");
-    QDir folder(QString::fromLocal8Bit(variable ? variable : "bench-data"));
+    const QDir folder(QString::fromLocal8Bit(streams::dataFolder().c_str()));
     const QString path = folder.filePath(QStringLiteral("stage.raw"));
     const QString finished = folder.filePath(QStringLiteral("stage.whole"));
     if (QFile::exists(finished))
@@ -322,12 +321,12 @@ struct Playback
 
 bool playRecording(Playback& result)
 {
-    static const bool registered = [] {
+    static std::once_flag registered;
+    std::call_once(registered, [] {
         korvane::registerBackend(std::make_shared<korvane::recording::RecordingBackend>());
-        return true;
-    }();
+    });
     static const QString path = fusionRecording();
-    if (!registered || path.isEmpty())
+    if (path.isEmpty())
         return false;
     FusionRecording recording;
     recording.dvsReader = korvane::DvsFileReader::createFileReader(path.toStdString());

@@ -10,10 +10,9 @@
 #include <QApplication>
 
 #include <chrono>
-#include <cstdlib>
 #include <memory>
+#include <mutex>
 #include <random>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -28,13 +27,11 @@ constexpr std::size_t pictureBytes = 1280 * 720 * 4;
 /// be made.
 Reader recording(std::size_t bytes, unsigned density)
 {
-    static const bool registered = [] {
+    static std::once_flag registered;
+    std::call_once(registered, [] {
         korvane::registerBackend(std::make_shared<korvane::recording::RecordingBackend>());
-        return true;
-    }();
-    const char* const folder = std::getenv("KORVANE_BENCH_DATA");
-    const std::string path = streams::busyRecording(folder ? folder : "bench-data", bytes, density);
-    Reader reader = registered ? korvane::DvsFileReader::createFileReader(path) : nullptr;
+    });
+    const Reader reader = korvane::DvsFileReader::createFileReader(streams::busyRecording(bytes, density));
     return reader && reader->loadFile() ? reader : nullptr;
 }
 

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <random>
@@ -29,12 +28,6 @@ constexpr std::size_t gigabyte = 1'000'000'000;
 double now()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-std::string dataFolder()
-{
-    const char* const folder = std::getenv("KORVANE_BENCH_DATA");
-    return folder ? folder : "bench-data";
 }
 
 /// Decodes a stream into a recycled buffer, all checks on, as windows of recordings are.
@@ -173,12 +166,12 @@ private:
 /// processors stands beside that of the clock, which other work on the machine makes longer.
 void measureCut(benchmark::State& state, bool onOneProcessor)
 {
-    const auto reader = openRecording(state, streams::busyRecording(dataFolder(), gigabyte));
+    const auto reader = openRecording(state, streams::busyRecording(gigabyte));
     if (!reader || !reader->loadFile()) {
         state.SkipWithError("the recording cannot be loaded");
         return;
     }
-    const std::string path = dataFolder() + "/cut.raw";
+    const std::string path = streams::dataFolder() + "/cut.raw";
     constexpr std::uint64_t length = 4'000'000; // microseconds
     std::size_t events = 0;
     reader->streamEvents(0, length, [&events](std::span<const Event2D> piece) {
@@ -222,14 +215,14 @@ void cut_two_cores(benchmark::State& state)
 /// and paints the same windows without a video. A video under 35 dB is no figure.
 void export_speed(benchmark::State& state)
 {
-    const auto reader = openRecording(state, streams::busyRecording(dataFolder(), gigabyte));
+    const auto reader = openRecording(state, streams::busyRecording(gigabyte));
     if (!reader || !reader->loadFile()) {
         state.SkipWithError("the recording cannot be loaded");
         return;
     }
     constexpr std::uint64_t period = 33333; // microseconds
     constexpr std::uint64_t pictures = 180;
-    const std::string path = dataFolder() + "/export.mp4";
+    const std::string path = streams::dataFolder() + "/export.mp4";
     double seconds = 0;
     for ([[maybe_unused]] auto _ : state) {
         std::filesystem::remove(path);
@@ -285,7 +278,7 @@ double secondsToRead(std::span<const std::uint8_t> bytes)
 /// The scan that loadFile does, over a file in the page cache; the limit reads the same mapping word by word.
 void index_scan(benchmark::State& state)
 {
-    const std::string path = streams::busyRecording(dataFolder(), gigabyte);
+    const std::string path = streams::busyRecording(gigabyte);
     const auto reader = openRecording(state, path);
     MappedFile file(QString::fromStdString(path));
     if (!reader || !file.open()) {
@@ -310,7 +303,7 @@ void index_scan(benchmark::State& state)
 /// From createFileReader to a picture with the first window's events in it, the page cache warm.
 void open_1gb(benchmark::State& state)
 {
-    const std::string path = streams::busyRecording(dataFolder(), gigabyte);
+    const std::string path = streams::busyRecording(gigabyte);
     double best = 1e9;
     double limit = 1e9;
     for (auto _ : state) {
@@ -338,7 +331,7 @@ void open_1gb(benchmark::State& state)
 /// A window of 33 ms at a random place; the limit copies the window's events.
 void seek_window_p99(benchmark::State& state)
 {
-    const std::string path = streams::busyRecording(dataFolder(), gigabyte);
+    const std::string path = streams::busyRecording(gigabyte);
     const auto reader = openRecording(state, path);
     if (!reader || !reader->loadFile()) {
         state.SkipWithError("the recording cannot be loaded");

@@ -1,6 +1,6 @@
 #include "benchmarks/streams.h"
 
-#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -129,13 +129,20 @@ Bytes evt21(std::size_t size)
     return bytes;
 }
 
-std::string busyRecording(const std::string& folder, std::size_t size, unsigned rows)
+std::string dataFolder()
+{
+    const char* const folder = std::getenv("KORVANE_BENCH_DATA");
+    return folder ? folder : "bench-data";
+}
+
+std::string busyRecording(std::size_t size, unsigned rows)
 {
     namespace fs = std::filesystem;
+    const fs::path folder = fs::absolute(dataFolder());
     std::error_code failed;
     fs::create_directories(folder, failed);
-    const fs::path path = fs::path(folder)
-        / ("busy_" + std::to_string(size) + (rows > 1 ? "_x" + std::to_string(rows) : "") + ".raw");
+    const fs::path path
+        = folder / ("busy_" + std::to_string(size) + (rows > 1 ? "_x" + std::to_string(rows) : "") + ".raw");
     if (fs::exists(path, failed) && fs::file_size(path, failed) >= size)
         return path.string();
     std::ofstream out(path, std::ios::binary | std::ios::trunc);

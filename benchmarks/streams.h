@@ -20,8 +20,11 @@ Bytes evt2(std::size_t bytes);
 /// EVT 2.1 with eight pixels a word on the average.
 Bytes evt21(std::size_t bytes);
 
-/// A recording of `bytes` bytes of the busy stream in this folder, with so many rows of ten events each
-/// microsecond, made if it is not there yet; its path. Empty when it cannot be written.
-std::string busyRecording(const std::string& folder, std::size_t bytes, unsigned rows = 1);
+/// Where recordings are kept for the next run: what KORVANE_BENCH_DATA names, else "bench-data".
+std::string dataFolder();
+
+/// A recording of `bytes` bytes of the busy stream in the data folder, with so many rows of ten events each
+/// microsecond, made if it is not there yet; its absolute path. Empty when it cannot be written.
+std::string busyRecording(std::size_t bytes, unsigned rows = 1);
 
 } // namespace streams

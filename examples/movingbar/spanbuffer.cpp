@@ -49,7 +49,7 @@ bool SpanBuffer::take(std::vector<korvane::Event2D>& out)
 
 void SpanBuffer::closeSpansBefore(std::uint64_t time)
 {
-    if (time - start < length)
+    if (time < start + length)
         return;
     const std::uint64_t spans = (time - start) / length;
     whole.swap(filling);
