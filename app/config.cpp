@@ -94,4 +94,7 @@ void Config::write()
     settings->setValue(languageKey, language);
     settings->setValue(videoKey, video_save_path);
     settings->sync();
+    // What stood in the file stays then.
+    if (settings->status() == QSettings::AccessError)
+        qWarning().noquote().nospace() << settings->fileName() << ": the settings cannot be written";
 }

@@ -1,14 +1,10 @@
-#include "camera/recording/apsvideowriter.h"
 #include "tests/e2e/rangesavingstory.h"
+#include "tests/support/brighteningvideo.h"
 #include "tests/support/capturedmessages.h"
 #include "tests/support/failingdevice.h"
 #include "tests/support/faultydisk.h"
 
 #include <QFileInfo>
-
-#include <random>
-#include <thread>
-#include <vector>
 
 // What a user sees when a file that is opened, played, cut or exported meets a fault of its disk, or of other
 // people.
@@ -179,24 +175,7 @@ protected:
     {
         FileFaultsStory::SetUp();
         video = QDir::current().filePath(u"bar.mp4"_s);
-        auto file = std::make_unique<QFile>(video);
-        ASSERT_TRUE(file->open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered));
-        QString error;
-        const auto writer
-            = korvane::recording::ApsVideoWriter::create(std::move(file), width, height, video, error);
-        ASSERT_TRUE(writer) << error.toStdString();
-        writer->begin(0);
-        // Noise makes a file of some length.
-        std::mt19937 random(1);
-        std::vector<std::uint8_t> pixels(std::size_t(width) * height * 3);
-        for (int k = 0; k < frameCount; ++k) {
-            for (std::uint8_t& value : pixels)
-                value = static_cast<std::uint8_t>(4 * k + static_cast<int>(random() % 64));
-            writer->push({pixels.data(), width, height, static_cast<std::uint64_t>(k) * 33333});
-            while (writer->counts().pictures <= static_cast<std::uint64_t>(k) && !writer->failed())
-                std::this_thread::yield();
-        }
-        ASSERT_TRUE(writer->finish(std::uint64_t(frameCount - 1) * 33333));
+        ASSERT_TRUE(writeBrighteningVideo(video, frameCount));
         ASSERT_GT(QFileInfo(video).size(), 1'500'000);
     }
     void TearDown() override
@@ -226,10 +205,7 @@ protected:
         }
         return count > 0 ? sum / count : 0;
     }
-    static int brightnessOf(int frame) { return 4 * frame + 32; }
 
-    static constexpr int width = 480;
-    static constexpr int height = 270;
     QString video;
 };
 

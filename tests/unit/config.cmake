@@ -1,1 +1,3 @@
-korvane_add_test(config_test SOURCES config_test.cpp LINKS korvane_config)
+korvane_add_test(config_test
+    SOURCES config_test.cpp ../support/faultydisk.cpp ../support/faultydisk.h
+    LINKS korvane_config)

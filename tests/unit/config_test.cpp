@@ -1,6 +1,7 @@
 #include "app/config.h"
 
 #include "tests/support/capturedmessages.h"
+#include "tests/support/faultydisk.h"
 
 #include <QDir>
 #include <QFile>
@@ -432,6 +433,42 @@ TEST_F(ConfigTest, FileThatCannotBeWrittenIsNoError)
         config.save();
     }
     EXPECT_EQ(log.debug(), written + written);
+    EXPECT_EQ(log.warnings().filter(ini() + u": the settings cannot be written"_s).size(), 2);
+}
+
+TEST_F(ConfigTest, AFullDiskKeepsTheOldSettingsWholeAndIsLogged)
+{
+    store(existing(u"out"_s), existing(u"in"_s), u"en"_s, existing(u"video"_s));
+    const QByteArray before = contentOf(ini());
+    const CapturedMessages log;
+    Config config(ini());
+    {
+        FaultyDisk disk(folder.path());
+        for (const unsigned room : {0U, 20U}) {
+            disk.setRoom(room);
+            config.language = u"zh"_s;
+            config.save();
+            EXPECT_EQ(contentOf(ini()), before);
+        }
+        EXPECT_EQ(log.warnings().filter(ini() + u": the settings cannot be written"_s).size(), 2);
+    }
+    // With room again they are written as they stand.
+    config.save();
+    EXPECT_EQ(stored(languageKey), u"zh"_s);
+    EXPECT_EQ(stored(outputKey), at(u"out"_s));
+}
+
+TEST_F(ConfigTest, AFileWhoseFolderIsRemovedMeanwhileIsWrittenAgain)
+{
+    existing(u"gone"_s);
+    const QString file = at(u"gone/config.ini"_s);
+    const CapturedMessages log;
+    Config config(file);
+    ASSERT_TRUE(QDir(at(u"gone"_s)).removeRecursively());
+    config.language = u"zh"_s;
+    config.save();
+    EXPECT_EQ(log.debug().count(written.constFirst()), 1);
+    EXPECT_TRUE(QFile::exists(file));
 }
 
 // The one Config of a process writes its file when the process ends, so these run in a process of their own.
