@@ -26,10 +26,10 @@ korvane_add_test(simulation_replayrecorded_test
     LABELS release_only)
 # What all cameras without hardware do alike.
 korvane_add_test(simulation_conformance_test THREADS
-    SOURCES simulation_conformance_test.cpp simulation_streamed_test.cpp
+    SOURCES simulation_conformance_test.cpp simulation_streamed_test.cpp simulation_watch.h
     LINKS korvane_simulation korvane_recording)
 korvane_add_test(simulation_camera_test THREADS
-    SOURCES simulation_camera_test.cpp simulation_testscenes.h
+    SOURCES simulation_camera_test.cpp simulation_testscenes.h simulation_watch.h
     LINKS korvane_simulation)
 
 korvane_add_test(simulation_fusion_test THREADS
@@ -58,4 +58,5 @@ korvane_add_test(simulation_cameratools_test THREADS
         simulation_filterchain_test.cpp
         simulation_parametertool_test.cpp
         simulation_testscenes.h
+        simulation_watch.h
     LINKS korvane_simulation korvane_streamsupport)

@@ -3,19 +3,13 @@
 #include "camera/simulation/spanassembler.h"
 #include "tests/support/capturedmessages.h"
 #include "tests/unit/simulation_testscenes.h"
+#include "tests/unit/simulation_watch.h"
 
-#include "camera/recording/rawfilereader.h"
-
-#include <QTemporaryDir>
-#include <QTest>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
@@ -23,23 +17,10 @@
 
 namespace {
 
-/// Counts what the camera makes.
-struct CountingSink : korvane::simulation::EventSink
-{
-    void onEvents(const korvane::Event2D* begin, const korvane::Event2D* end) override
-    {
-        events += static_cast<std::size_t>(end - begin);
-    }
-    std::atomic<std::size_t> events{0};
-};
-
 using namespace korvane::simulation;
 using namespace korvane::simulation::testing;
 using korvane::Event2D;
 using std::chrono::steady_clock;
-
-// Long enough for a machine that does much else; no test waits so long when all is well.
-constexpr std::chrono::seconds patience{20};
 
 SimulatedCameraConfig noisyConfig()
 {
@@ -51,38 +32,6 @@ SimulatedCameraConfig noisyConfig()
     config.sensor.backgroundRateHz = 20.0F;
     return config;
 }
-
-/// Keeps what a camera makes and lets a test wait for it.
-class Watch : public EventSink
-{
-public:
-    void onEvents(const Event2D* begin, const Event2D* end) override
-    {
-        const std::lock_guard lock(mutex);
-        events.insert(events.end(), begin, end);
-        ++steps;
-        changed.notify_all();
-    }
-    /// Until so many more steps of the stream were made; the spans of all but the last of them are complete
-    /// then.
-    bool waitForSteps(int more)
-    {
-        std::unique_lock lock(mutex);
-        const int wanted = steps + more;
-        return changed.wait_for(lock, patience, [&] { return steps >= wanted; });
-    }
-    std::vector<Event2D> taken()
-    {
-        const std::lock_guard lock(mutex);
-        return events;
-    }
-
-private:
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<Event2D> events;
-    int steps = 0;
-};
 
 /// A camera whose events are watched.
 struct WatchedCamera
@@ -324,33 +273,6 @@ TEST(SimulatedDvsCamera, SensorParametersActWhileItStreams)
     } while (!batch.empty() && batch.back().timestamp < 5000000);
     EXPECT_TRUE(batch.empty());
     camera->stop();
-}
-
-TEST(SimulatedDvsCamera, RecordsEveryEventOfAStretch)
-{
-    const QTemporaryDir folder;
-    const std::string path = folder.filePath(QStringLiteral("a.raw")).toStdString();
-    const auto counter = std::make_shared<CountingSink>();
-    const WatchedCamera camera;
-    EXPECT_FALSE(camera->recorderState().writing);
-    // Asked for while the view stands still, it begins with the start.
-    camera->startRecording(path);
-    EXPECT_TRUE(camera->recorderState().writing);
-    EXPECT_EQ(camera->recorderState().path, path);
-    camera->setEventSink(counter);
-    ASSERT_EQ(camera->start(), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return counter->events > 1000; }, 20000));
-    camera->stop();
-    camera->stopRecording();
-    EXPECT_FALSE(camera->recorderState().writing);
-    EXPECT_EQ(camera->recorderState().error, "");
-
-    QString error;
-    const auto reader = korvane::recording::RawFileReader::open(path, error);
-    ASSERT_TRUE(reader && reader->loadFile()) << error.toStdString();
-    std::uint64_t end = 0;
-    reader->getEndTimestamp(end);
-    EXPECT_EQ(reader->getEventsAt(0, end + 1)->size(), counter->events);
 }
 
 /// A scene that takes time to render.

@@ -4,10 +4,10 @@
 #include "tests/support/plainrecording.h"
 #include "tests/support/recordprinters.h"
 #include "tests/unit/simulation_testscenes.h"
+#include "tests/unit/simulation_watch.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <condition_variable>
 #include <cstdint>
@@ -23,8 +23,6 @@ namespace {
 using namespace korvane;
 using namespace korvane::simulation;
 using namespace korvane::simulation::testing;
-
-constexpr std::chrono::seconds patience{20};
 
 /// Counts what a camera delivers and lets a test wait for it.
 class Meter : public EventSink

@@ -5,6 +5,7 @@
 #include "tests/support/capturedmessages.h"
 #include "tests/support/plainrecording.h"
 #include "tests/support/recordprinters.h"
+#include "tests/unit/simulation_watch.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -12,10 +13,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,40 +25,8 @@ namespace {
 
 using namespace korvane::simulation;
 using korvane::Event2D;
+using korvane::simulation::testing::Watch;
 using std::chrono::steady_clock;
-
-// Long enough for a machine that does much else; no test waits so long when all is well.
-constexpr std::chrono::seconds patience{20};
-
-/// Keeps what a camera makes and lets a test wait for it.
-class Watch : public EventSink
-{
-public:
-    void onEvents(const Event2D* begin, const Event2D* end) override
-    {
-        const std::lock_guard lock(mutex);
-        events.insert(events.end(), begin, end);
-        ++steps;
-        changed.notify_all();
-    }
-    bool waitForSteps(int more)
-    {
-        std::unique_lock lock(mutex);
-        const int wanted = steps + more;
-        return changed.wait_for(lock, patience, [&] { return steps >= wanted; });
-    }
-    std::vector<Event2D> taken()
-    {
-        const std::lock_guard lock(mutex);
-        return events;
-    }
-
-private:
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<Event2D> events;
-    int steps = 0;
-};
 
 /// A backend with one camera.
 struct Source
@@ -93,7 +60,7 @@ Source replayed(const TemporaryRecordings& folder)
     return sourceOf(std::make_shared<ReplayBackend>(QFile::decodeName(path.c_str())));
 }
 
-class CameraConformance : public testing::TestWithParam<Source (*)(const TemporaryRecordings&)>
+class CameraConformance : public ::testing::TestWithParam<Source (*)(const TemporaryRecordings&)>
 {
 protected:
     CameraConformance() : source(GetParam()(folder)) {}
@@ -359,5 +326,5 @@ TEST_P(CameraConformance, EveryThreadMayCallWhileItStreams)
     EXPECT_FALSE(camera->isConnected());
 }
 
-INSTANTIATE_TEST_SUITE_P(Cameras, CameraConformance, testing::Values(&simulated, &replayed),
+INSTANTIATE_TEST_SUITE_P(Cameras, CameraConformance, ::testing::Values(&simulated, &replayed),
                          [](const auto& made) { return made.index == 0 ? "Simulated" : "Replayed"; });

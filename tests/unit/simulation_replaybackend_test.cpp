@@ -159,16 +159,6 @@ TEST_F(ReplayBackendTest, WhereNothingIsThatIsToldOnce)
     EXPECT_EQ(messages.warnings().filter(QStringLiteral("holds no .raw file")).size(), 1);
 }
 
-TEST_F(ReplayBackendTest, ARecordingWithPicturesBesideItPlaysItsEvents)
-{
-    write("both.raw");
-    folder.write("both.mp4", "not looked at", {});
-    const auto backend = offer();
-    EXPECT_EQ(serials(*backend), (Serials{"both"}));
-    EXPECT_EQ(backend->openFusionCamera("both"), nullptr);
-    EXPECT_NE(backend->openCamera("both"), nullptr);
-}
-
 TEST_F(ReplayBackendTest, AFileThatIsGoneWhenItIsOpenedFailsWithItsReason)
 {
     write("a.raw");

@@ -15,6 +15,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,53 @@ namespace korvane::simulation::testing {
 using recording::ApsVideoWriter;
 
 inline constexpr std::uint64_t period = 33333;
+
+/// What a running camera sends, for a number of frames.
+class Watcher
+{
+public:
+    struct Seen
+    {
+        std::uint64_t time = 0;
+        int grey = 0;
+        std::uint64_t counted = 0; ///< events in the counts of this frame
+        bool hasCounts = false;
+    };
+
+    void watch(const std::shared_ptr<korvane::FusionCamera>& camera)
+    {
+        korvane::FusionCamera* const seen = camera.get(); // which ends its threads before it goes
+        camera->addApsFrameCallback([this, seen](const ApsFrame& frame) {
+            Seen one;
+            one.time = frame.timestamp;
+            one.grey = frame.pixels[(std::size_t{1080} * 3840 + 1920) * 3];
+            std::shared_ptr<EventCountFrame> counts;
+            one.hasCounts = seen->getEventFrameAt(counts, frame.timestamp);
+            if (one.hasCounts) {
+                for (const std::uint16_t count : counts->counts)
+                    one.counted += count;
+            }
+            const std::lock_guard lock(mutex);
+            frames.push_back(one);
+            changed.notify_all();
+        });
+        camera->addEventsStreamHandleCallback([this](const Event2D* begin, const Event2D* end) {
+            const std::lock_guard lock(mutex);
+            events.insert(events.end(), begin, end);
+        });
+    }
+    bool awaitFrames(std::size_t count)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, std::chrono::seconds(60),
+                                [this, count] { return frames.size() >= count; });
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<Seen> frames; ///< under mutex
+    std::vector<Event2D> events; ///< under mutex
+};
 
 class ReplayFusionTest : public ::testing::Test
 {
@@ -77,54 +125,21 @@ protected:
         return found.size() == 1 ? found.front().product : std::to_string(found.size());
     }
 
+    /// Opens take.raw, a recording with frames, as a camera that is watched.
+    void openTake()
+    {
+        writeEvents("take.raw");
+        writeFrames("take.mp4");
+        offered.emplace(pathOf("take.raw"));
+        take = offered->openFusionCamera("take");
+        ASSERT_NE(take, nullptr);
+        watcher.watch(take);
+    }
+
     TemporaryRecordings folder;
-};
-
-/// What a running camera sends, for a number of frames.
-class Watcher
-{
-public:
-    struct Seen
-    {
-        std::uint64_t time = 0;
-        int grey = 0;
-        std::uint64_t counted = 0; ///< events in the counts of this frame
-        bool hasCounts = false;
-    };
-
-    void watch(const std::shared_ptr<korvane::FusionCamera>& camera)
-    {
-        korvane::FusionCamera* const seen = camera.get(); // which ends its threads before it goes
-        camera->addApsFrameCallback([this, seen](const ApsFrame& frame) {
-            Seen one;
-            one.time = frame.timestamp;
-            one.grey = frame.pixels[(std::size_t{1080} * 3840 + 1920) * 3];
-            std::shared_ptr<EventCountFrame> counts;
-            one.hasCounts = seen->getEventFrameAt(counts, frame.timestamp);
-            if (one.hasCounts) {
-                for (const std::uint16_t count : counts->counts)
-                    one.counted += count;
-            }
-            const std::lock_guard lock(mutex);
-            frames.push_back(one);
-            changed.notify_all();
-        });
-        camera->addEventsStreamHandleCallback([this](const Event2D* begin, const Event2D* end) {
-            const std::lock_guard lock(mutex);
-            events.insert(events.end(), begin, end);
-        });
-    }
-    bool awaitFrames(std::size_t count)
-    {
-        std::unique_lock lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(60),
-                                [this, count] { return frames.size() >= count; });
-    }
-
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<Seen> frames; ///< under mutex
-    std::vector<Event2D> events; ///< under mutex
+    Watcher watcher;
+    std::optional<ReplayBackend> offered; ///< openTake's
+    std::shared_ptr<korvane::FusionCamera> take; ///< openTake's
 };
 
 } // namespace korvane::simulation::testing

@@ -56,6 +56,8 @@ TEST_F(ReplayFusionTest, AFileThatIsNoVideoIsToldOnceAndTheEventsAreReplayed)
     EXPECT_EQ(productOf(backend), "Halvora");
     EXPECT_EQ(productOf(backend), "Halvora");
     EXPECT_EQ(messages.warnings().size(), 1);
+    EXPECT_EQ(backend.openFusionCamera("take"), nullptr);
+    EXPECT_NE(backend.openCamera("take"), nullptr);
 }
 
 TEST_F(ReplayFusionTest, FramesThatComeAndGoMakeAnotherCameraOfIt)
@@ -73,16 +75,10 @@ TEST_F(ReplayFusionTest, FramesThatComeAndGoMakeAnotherCameraOfIt)
 
 TEST_F(ReplayFusionTest, EachFrameComesWithTheEventsOfItsSlotRoundAfterRound)
 {
-    writeEvents("take.raw");
-    writeFrames("take.mp4");
-    ReplayBackend backend(pathOf("take.raw"));
-    const auto camera = backend.openFusionCamera("take");
-    ASSERT_NE(camera, nullptr);
-    Watcher watcher;
-    watcher.watch(camera);
-    camera->start(korvane::STREAM_FUSION);
+    ASSERT_NO_FATAL_FAILURE(openTake());
+    take->start(korvane::STREAM_FUSION);
     ASSERT_TRUE(watcher.awaitFrames(2 * slotCount + 1));
-    camera->stop(korvane::STREAM_FUSION);
+    take->stop(korvane::STREAM_FUSION);
     const std::lock_guard lock(watcher.mutex);
     std::uint64_t before = 0;
     for (const auto& frame : watcher.frames) {
@@ -101,19 +97,13 @@ TEST_F(ReplayFusionTest, EachFrameComesWithTheEventsOfItsSlotRoundAfterRound)
 
 TEST_F(ReplayFusionTest, APulledCameraIsLostForGood)
 {
-    writeEvents("take.raw");
-    writeFrames("take.mp4");
-    ReplayBackend backend(pathOf("take.raw"));
-    const auto camera = backend.openFusionCamera("take");
-    ASSERT_NE(camera, nullptr);
-    Watcher watcher;
-    watcher.watch(camera);
-    camera->start(korvane::STREAM_FUSION);
+    ASSERT_NO_FATAL_FAILURE(openTake());
+    take->start(korvane::STREAM_FUSION);
     ASSERT_TRUE(watcher.awaitFrames(1));
-    backend.pull("take");
-    EXPECT_FALSE(camera->isConnected());
-    camera->stop(korvane::STREAM_FUSION);
-    EXPECT_TRUE(backend.cameraDescriptions().empty());
+    offered->pull("take");
+    EXPECT_FALSE(take->isConnected());
+    take->stop(korvane::STREAM_FUSION);
+    EXPECT_TRUE(offered->cameraDescriptions().empty());
 }
 
 TEST(ReplayFrames, GivesTheFrameOfTheSlotAndTheLastOneWhereThereIsNone)

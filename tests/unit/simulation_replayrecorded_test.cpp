@@ -10,19 +10,13 @@ using namespace korvane::simulation::testing;
 
 TEST_F(ReplayFusionTest, RecordedAgainEveryFrameKeepsItsSlot)
 {
-    writeEvents("take.raw");
-    writeFrames("take.mp4");
-    ReplayBackend backend(pathOf("take.raw"));
-    const auto camera = backend.openFusionCamera("take");
-    ASSERT_NE(camera, nullptr);
-    Watcher watcher;
-    watcher.watch(camera);
-    camera->startRecording(folder.path("again.raw"), korvane::STREAM_FUSION);
-    ASSERT_TRUE(camera->recorderState().writing) << camera->recorderState().error;
-    camera->start(korvane::STREAM_FUSION);
+    ASSERT_NO_FATAL_FAILURE(openTake());
+    take->startRecording(folder.path("again.raw"), korvane::STREAM_FUSION);
+    ASSERT_TRUE(take->recorderState().writing) << take->recorderState().error;
+    take->start(korvane::STREAM_FUSION);
     ASSERT_TRUE(watcher.awaitFrames(slotCount));
-    camera->stop(korvane::STREAM_FUSION);
-    camera->stopRecording(korvane::STREAM_FUSION);
+    take->stop(korvane::STREAM_FUSION);
+    take->stopRecording(korvane::STREAM_FUSION);
 
     QString error;
     const auto video = korvane::recording::ApsVideoReader::open(folder.path("again.mp4"), error);
