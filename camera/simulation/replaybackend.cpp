@@ -35,24 +35,15 @@ std::string local(const QString& text)
     return text.toLocal8Bit().toStdString();
 }
 
-std::unique_ptr<recording::RawFileReader> openRecording(const QString& path, const char* purpose)
+/// The recording, or the video with its intensity frames; nothing, with a log line, when the file is none.
+template <typename Reader>
+std::unique_ptr<Reader> openFile(const QString& path)
 {
     QString error;
-    auto reader = recording::RawFileReader::open(local(path), error);
+    auto reader = Reader::open(local(path), error);
     if (!reader)
-        qWarning().noquote().nospace() << path << ": cannot be " << purpose << ": " << error;
-    return reader;
-}
-
-/// The video with the intensity frames of a recording, ready to be read; nothing, with a log line, when it is
-/// none.
-std::unique_ptr<recording::ApsVideoReader> openFrames(const QString& path)
-{
-    QString error;
-    auto video = recording::ApsVideoReader::open(local(path), error);
-    if (!video)
         qWarning().noquote().nospace() << path << ": cannot be replayed: " << error;
-    return video;
+    return reader;
 }
 
 QString companionOf(const QString& path)
@@ -63,7 +54,7 @@ QString companionOf(const QString& path)
 
 std::shared_ptr<StreamedDvsCamera> makeDvsCamera(const QString& path, const CameraDescription& description)
 {
-    auto reader = openRecording(path, "replayed");
+    auto reader = openFile<recording::RawFileReader>(path);
     if (!reader || !reader->loadFile())
         return nullptr;
     return std::make_shared<StreamedDvsCamera>(description.serial,
@@ -73,8 +64,8 @@ std::shared_ptr<StreamedDvsCamera> makeDvsCamera(const QString& path, const Came
 std::shared_ptr<StreamedFusionCamera> makeFusionCamera(const QString& path,
                                                        const CameraDescription& description)
 {
-    auto reader = openRecording(path, "replayed");
-    auto video = openFrames(companionOf(path));
+    auto reader = openFile<recording::RawFileReader>(path);
+    auto video = openFile<recording::ApsVideoReader>(companionOf(path));
     if (!reader || !reader->loadFile() || !video || !video->loadFile())
         return nullptr;
     std::vector<std::uint64_t> times;
@@ -199,19 +190,26 @@ void ReplayBackend::look()
 }
 
 /// A file is judged, and its fault told, once, and again when it has changed.
-bool ReplayBackend::isUsable(const QString& path, const Stamp& stamp)
+bool ReplayBackend::judged(const QString& path, const Stamp& stamp, const std::function<bool()>& judge)
 {
     const auto known = judgements.find(path);
     if (known != judgements.end() && known->second.stamp == stamp)
         return known->second.usable;
-    const auto reader = openRecording(path, "replayed");
-    const bool usable = reader && (stamp.size > searchedSize || reader->loadFile());
+    const bool usable = judge();
     judgements[path] = {stamp, usable};
     return usable;
 }
 
-/// Whether a recording has intensity frames beside it, judged and told like the recording itself. One that
-/// cannot be read makes it a camera of events alone.
+bool ReplayBackend::isUsable(const QString& path, const Stamp& stamp)
+{
+    return judged(path, stamp, [&path, &stamp] {
+        const auto reader = openFile<recording::RawFileReader>(path);
+        return reader && (stamp.size > searchedSize || reader->loadFile());
+    });
+}
+
+/// Whether a recording has intensity frames beside it. Some that cannot be read make it a camera of events
+/// alone.
 bool ReplayBackend::hasFrames(const QString& recordingPath)
 {
     const QString path = companionOf(recordingPath);
@@ -220,18 +218,13 @@ bool ReplayBackend::hasFrames(const QString& recordingPath)
         judgements.erase(path);
         return false;
     }
-    const Stamp stamp = stampOf(file);
-    const auto known = judgements.find(path);
-    if (known != judgements.end() && known->second.stamp == stamp)
-        return known->second.usable;
-    bool usable = false;
-    if (recording::isMarkedVideo(path))
+    return judged(path, stampOf(file), [&path] {
+        if (!recording::isMarkedVideo(path))
+            return openFile<recording::ApsVideoReader>(path) != nullptr;
         qInfo().noquote().nospace() << path
                                     << ": was exported from the recording beside it; it is not replayed";
-    else
-        usable = openFrames(path) != nullptr;
-    judgements[path] = {stamp, usable};
-    return usable;
+        return false;
+    });
 }
 
 ReplayBackend::Slot& ReplayBackend::slotFor(const QString& path)

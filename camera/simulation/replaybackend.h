@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -59,6 +60,7 @@ private:
     };
 
     void look();
+    bool judged(const QString& path, const Stamp& stamp, const std::function<bool()>& judge);
     bool isUsable(const QString& path, const Stamp& stamp);
     bool hasFrames(const QString& recordingPath);
     static Stamp stampOf(const QFileInfo& file);
