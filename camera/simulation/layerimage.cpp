@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace korvane::simulation {
 
@@ -152,63 +153,70 @@ void LayerImage::addRow(std::span<const std::int16_t> values, std::span<const st
         rows.back().length += segmentWidth;
 }
 
+/// The shades and the opacity of a run of pixels.
+struct LayerImage::Range
+{
+    int least = std::numeric_limits<int>::max();
+    int most = std::numeric_limits<int>::min();
+    int leastAlpha = opaque;
+    int mostAlpha = 0;
+
+    void include(const Range& other)
+    {
+        least = std::min(least, other.least);
+        most = std::max(most, other.most);
+        leastAlpha = std::min(leastAlpha, other.leastAlpha);
+        mostAlpha = std::max(mostAlpha, other.mostAlpha);
+    }
+    std::uint8_t cover() const
+    {
+        if (mostAlpha == 0)
+            return 0;
+        const int spread = most - least;
+        const bool outline = leastAlpha < opaque;
+        return static_cast<std::uint8_t>(Cover::some | (outline ? Cover::holes | Cover::strong : 0)
+                                         | (spread > strongRange ? Cover::strong : 0)
+                                         | (spread > faintRange ? Cover::faint : 0));
+    }
+};
+
+/// Those of a row's blocks, each with the first pixel of the next.
+std::vector<LayerImage::Range> LayerImage::rangesOf(const Place& place) const
+{
+    const std::size_t blocks = static_cast<std::size_t>(place.length) / segmentWidth + 1;
+    const std::size_t stored = static_cast<std::size_t>(place.length) + segmentWidth + 1;
+    std::vector<Range> ranges(blocks + 1);
+    for (std::size_t block = 0; block <= blocks; ++block) {
+        Range& range = ranges[block];
+        const std::size_t end = std::min(stored, (block + 1) * segmentWidth + 1);
+        for (std::size_t x = block * segmentWidth; x < end; ++x) {
+            const int alpha = opacity.empty() ? opaque : opacity[place.values + x];
+            range.leastAlpha = std::min(range.leastAlpha, alpha);
+            range.mostAlpha = std::max(range.mostAlpha, alpha);
+            if (alpha > 0) {
+                range.least = std::min<int>(range.least, light[place.values + x]);
+                range.most = std::max<int>(range.most, light[place.values + x]);
+            }
+        }
+    }
+    return ranges;
+}
+
 /// Fills the Cover bits. A picture is sampled between a row and the next, and a run between two blocks, so a
 /// summary speaks for two rows and two blocks.
 void LayerImage::summarize()
 {
-    struct Range
-    {
-        int least = std::numeric_limits<int>::max();
-        int most = std::numeric_limits<int>::min();
-        int leastAlpha = opaque;
-        int mostAlpha = 0;
-        void include(const Range& other)
-        {
-            least = std::min(least, other.least);
-            most = std::max(most, other.most);
-            leastAlpha = std::min(leastAlpha, other.leastAlpha);
-            mostAlpha = std::max(mostAlpha, other.mostAlpha);
-        }
-    };
-    const auto rangesOf = [this](const Place& place) {
-        const std::size_t blocks = static_cast<std::size_t>(place.length) / segmentWidth + 1;
-        const std::size_t stored = static_cast<std::size_t>(place.length) + segmentWidth + 1;
-        std::vector<Range> ranges(blocks + 1);
-        for (std::size_t block = 0; block <= blocks; ++block) {
-            Range& range = ranges[block];
-            const std::size_t end = std::min(stored, (block + 1) * segmentWidth + 1);
-            for (std::size_t x = block * segmentWidth; x < end; ++x) {
-                const int alpha = opacity.empty() ? opaque : opacity[place.values + x];
-                range.leastAlpha = std::min(range.leastAlpha, alpha);
-                range.mostAlpha = std::max(range.mostAlpha, alpha);
-                if (alpha > 0) {
-                    range.least = std::min<int>(range.least, light[place.values + x]);
-                    range.most = std::max<int>(range.most, light[place.values + x]);
-                }
-            }
-        }
-        return ranges;
-    };
     std::vector<Range> below = rangesOf(rows.back());
     std::vector<std::vector<std::uint8_t>> bits(rows.size());
     for (std::size_t r = rows.size(); r-- > 0;) {
         std::vector<Range> here = rangesOf(rows[r]);
-        std::vector<std::uint8_t>& out = bits[r];
         for (std::size_t block = 0; block + 1 < here.size(); ++block) {
             Range range = here[block];
             range.include(here[block + 1]);
             // Rows of different lengths have slightly shifted blocks; the nearest ones tell enough.
             range.include(below[std::min(block, below.size() - 1)]);
             range.include(below[std::min(block + 1, below.size() - 1)]);
-            std::uint8_t flags = 0;
-            if (range.mostAlpha > 0) {
-                const int spread = range.most - range.least;
-                const bool outline = range.leastAlpha < opaque;
-                flags = static_cast<std::uint8_t>(Cover::some | (outline ? Cover::holes | Cover::strong : 0)
-                                                  | (spread > strongRange ? Cover::strong : 0)
-                                                  | (spread > faintRange ? Cover::faint : 0));
-            }
-            out.push_back(flags);
+            bits[r].push_back(range.cover());
         }
         below = std::move(here);
     }

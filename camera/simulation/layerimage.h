@@ -61,6 +61,8 @@ private:
         int length = 0;
         double scale = 1.0;
     };
+    struct Range;
+    std::vector<Range> rangesOf(const Place& place) const;
     void addRow(std::span<const std::int16_t> values, std::span<const std::int16_t> alphas, double scale);
     void summarize();
 
