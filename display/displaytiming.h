@@ -10,7 +10,7 @@ struct DisplayTiming
     std::atomic<std::uint64_t> frameStep{30303}; ///< microseconds, 1000000 / frameRate
     std::atomic<std::uint64_t> accumulationTime{33333}; ///< microseconds of events in one picture
 
-    /// Takes a frame rate over; false, with nothing changed, for one below 1.
+    /// Takes a frame rate over; false, with nothing changed, outside 1 to 32767.
     bool setFrameRate(int rate)
     {
         constexpr int highest = 32767;

@@ -42,11 +42,9 @@ void DvsPlayer::playClicked()
 {
     if (!position.fileReader)
         qDebug().noquote() << "Please load file first.";
-    else if (lent)
-        ; // the button shows that nothing plays
     else if (state.filePlaying)
         loop.stop();
-    else
+    else if (!lent)
         loop.start();
     emit runningChanged();
 }

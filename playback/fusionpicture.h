@@ -7,7 +7,6 @@
 #include <QImage>
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <span>

@@ -1,6 +1,7 @@
 #include "camera/simulation/apsrenderer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <utility>

@@ -3,7 +3,6 @@
 #include "camera/driver/apsframe.h"
 #include "camera/simulation/fusionstage.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>

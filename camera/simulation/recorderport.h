@@ -11,8 +11,8 @@
 
 namespace korvane::simulation {
 
-/// What a streamed camera records with, and where else its events can be had. deliver() belongs to the
-/// stream's thread, the rest to any.
+/// What a streamed camera records with, and where else its events can be had. start() and stop() belong to
+/// one thread, deliver() to the stream's, the rest to any.
 class RecorderPort
 {
 public:

@@ -67,7 +67,6 @@ protected:
     }
 
     EventStream& source() { return *stream; }
-    const EventStream& source() const { return *stream; }
     /// While the camera is made.
     StreamTools& streamTools() { return tools; }
     void offerTools();

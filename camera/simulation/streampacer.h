@@ -15,7 +15,8 @@ namespace korvane::simulation {
 
 /// Makes a stream as the wall clock goes on, on a thread of its own. The stream's clock stands still while
 /// the pacer is stopped and goes on with the next start. When the machine is too slow for the stream it comes
-/// late and complete. Any thread may call any operation, but for the thread that delivers.
+/// late and complete. Any thread may call any operation, but for start() and stop(),
+/// which wait for the thread that delivers and are not for it.
 class StreamPacer
 {
 public:

@@ -9,12 +9,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 
 using namespace Qt::Literals::StringLiterals;
 

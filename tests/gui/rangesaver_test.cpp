@@ -8,7 +8,6 @@
 #include "widgets/waitingwin.h"
 
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QRegularExpression>
 
 #include <atomic>

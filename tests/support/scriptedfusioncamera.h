@@ -71,7 +71,6 @@ public:
         recorder.error = error;
     }
 
-    std::atomic<bool> connected{true};
     /// The frames are no longer recorded; the events are.
     void failRecorderInPart(const std::string& path, const std::string& error)
     {
@@ -80,6 +79,7 @@ public:
         recorder.error = error;
     }
 
+    std::atomic<bool> connected{true};
     /// Answers getEventFrameAt. Set before use.
     std::function<bool(std::shared_ptr<korvane::EventCountFrame>& out, std::uint64_t timestamp)> onCounts;
     EventsCallback onEvents; ///< what was registered

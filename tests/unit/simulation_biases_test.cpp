@@ -11,7 +11,6 @@
 #include <numbers>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 
