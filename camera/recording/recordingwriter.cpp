@@ -2,7 +2,9 @@
 
 #include <QDebug>
 
+#include <algorithm>
 #include <exception>
+#include <limits>
 #include <utility>
 
 namespace korvane::recording {
@@ -136,6 +138,25 @@ bool RecordingWriter::take(Batch& batch, std::chrono::steady_clock::time_point u
     return true;
 }
 
+bool RecordingWriter::leaps(const Batch& batch)
+{
+    if (batch.size() == 0)
+        return false;
+    std::uint64_t first = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t last = 0;
+    const auto extend = [&first, &last](const auto& records) {
+        if (records.empty())
+            return;
+        first = std::min(first, records.front().timestamp);
+        last = std::max(last, records.back().timestamp);
+    };
+    extend(batch.events);
+    extend(batch.triggers);
+    const std::uint64_t before = latest.value_or(first);
+    latest = std::max(before, last);
+    return *latest - before > longestIdle;
+}
+
 void RecordingWriter::write()
 {
     // The header stands in the file at once: whoever looks finds a recording, and a full disk is told early.
@@ -144,6 +165,10 @@ void RecordingWriter::write()
     auto lastFlush = std::chrono::steady_clock::now();
     Batch batch;
     while (take(batch, lastFlush + flushPeriod)) {
+        if (leaps(batch)) {
+            abandon(QStringLiteral("the camera's clock has leapt by more than thirty days"));
+            break;
+        }
         encoder.encode(batch.events, batch.triggers, bytes);
         const auto now = std::chrono::steady_clock::now();
         if (bytes.size() >= pieceBytes || now - lastFlush >= flushPeriod) {

@@ -15,6 +15,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <thread>
 #include <vector>
@@ -32,6 +33,10 @@ public:
 
     /// Events and triggers that emptied batches, kept for reuse, have room for at most.
     static constexpr std::size_t mostSpare = 512 * 1024;
+
+    /// Microseconds without an event that a recording takes: thirty days, in 1.3 MB of time words. A clock
+    /// that leaps further is broken, and the words of that time could fill memory and disk.
+    static constexpr std::uint64_t longestIdle = 2'592'000'000'000;
 
     /// `name` is what log lines call the file. Throws when no thread can be had; then the file is gone.
     RecordingWriter(std::unique_ptr<OutputFile> file, const RecordingHead& head, QString name);
@@ -67,6 +72,8 @@ private:
 
     void run();
     void write();
+    /// Whether times in the batch lie so far behind the ones before that they cannot be true.
+    bool leaps(const Batch& batch);
     /// Waits for the next batch, or until what is encoded has to be written. False at the end.
     bool take(Batch& batch, std::chrono::steady_clock::time_point until);
     bool flush();
@@ -77,6 +84,7 @@ private:
     Evt3Encoder encoder; ///< the writing thread's
     std::vector<std::uint8_t> bytes; ///< the writing thread's: encoded and not yet written
     const std::uint64_t headerBytes;
+    std::optional<std::uint64_t> latest; ///< the writing thread's: of the times so far, microseconds
 
     mutable std::mutex mutex;
     std::condition_variable pushed;

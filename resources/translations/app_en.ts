@@ -335,6 +335,10 @@
         <source>Frames are not recorded: </source>
         <translation>Frames are not recorded: </translation>
     </message>
+    <message>
+        <source>the camera&apos;s clock has leapt by more than thirty days</source>
+        <translation>the camera&apos;s clock has leapt by more than thirty days</translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>

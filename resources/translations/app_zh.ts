@@ -335,6 +335,10 @@
         <source>Frames are not recorded: </source>
         <translation>图像帧未录制：</translation>
     </message>
+    <message>
+        <source>the camera&apos;s clock has leapt by more than thirty days</source>
+        <translation>相机时间戳跳变超过三十天</translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>

@@ -329,6 +329,23 @@ TEST_F(RecorderTest, AnExceptionWhileWritingEndsTheRecordingOnly)
     EXPECT_EQ(recorder.state().error, std::bad_alloc().what());
 }
 
+TEST_F(RecorderTest, AClockThatLeapsByMonthsEndsTheRecordingAndOneThatRestsForDaysDoesNot)
+{
+    const CapturedMessages messages;
+    constexpr std::uint64_t day = 86'400'000'000;
+    Recorder recorder(hd, {});
+    recorder.start(local);
+    push(recorder, {{1, 1, 1, 4096}, {2, 2, 0, 4096 + 20 * day}});
+    recorder.push({}, std::vector<EventTriggerIn>{{0, 1, 4096 + 40 * day}});
+    push(recorder, {{3, 3, 1, 4096 + 60 * day}});
+    push(recorder, {{4, 4, 1, 4096 + 91 * day}});
+    ASSERT_TRUE(QTest::qWaitFor([&recorder] { return !recorder.state().error.empty(); }));
+    EXPECT_EQ(recorder.state().error, "the camera's clock has leapt by more than thirty days");
+    EXPECT_FALSE(recorder.state().writing);
+    recorder.stop();
+    EXPECT_EQ(eventsOf(path), (std::vector<Event2D>{{1, 1, 1, 0}, {2, 2, 0, 20 * day}, {3, 3, 1, 60 * day}}));
+}
+
 TEST_F(RecorderTest, AFileThatCannotBeMadeIsToldWithTheSystemsReason)
 {
     const CapturedMessages messages;
