@@ -24,6 +24,7 @@ constexpr const char* usualReasons[] = {
     QT_TRANSLATE_NOOP("LiveSession", "the file has been removed"),
     QT_TRANSLATE_NOOP("LiveSession", "the file has been truncated"),
     QT_TRANSLATE_NOOP("LiveSession", "the camera's clock has leapt by more than thirty days"),
+    QT_TRANSLATE_NOOP("LiveSession", "no frame could be recorded for five minutes"),
     QT_TRANSLATE_NOOP("LiveSession", "there is not enough memory"),
     QT_TRANSLATE_NOOP("LiveSession", "No space left on device"),
     QT_TRANSLATE_NOOP("LiveSession", "Permission denied"),

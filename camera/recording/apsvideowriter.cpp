@@ -86,6 +86,10 @@ void ApsVideoWriter::push(const ApsFrame& frame)
     // A second frame of one slot has no place.
     if (at < pushedSlots)
         return;
+    if (at - pushedSlots > mostRepeated) {
+        fail(QStringLiteral("no frame could be recorded for five minutes"));
+        return;
+    }
     Picture picture = takeSpare(at);
     if (!picture)
         return;
@@ -115,7 +119,8 @@ bool ApsVideoWriter::convert(const ApsFrame& frame, VideoPicture& picture) const
 bool ApsVideoWriter::finish(std::uint64_t lastEvent)
 {
     const std::uint64_t first = firstTime;
-    end(first == unknown || lastEvent < first ? 0 : (lastEvent - first) / slot + 1);
+    const std::uint64_t wanted = first == unknown || lastEvent < first ? 0 : (lastEvent - first) / slot + 1;
+    end(std::min(wanted, pushedSlots + mostRepeated));
     return !failure;
 }
 
@@ -153,9 +158,12 @@ void ApsVideoWriter::fail(const QString& why)
 {
     {
         const std::lock_guard lock(mutex);
+        if (failure)
+            return;
         reason = why;
         failure = true;
     }
+    changed.notify_all();
     qWarning().noquote().nospace() << name << ": the recording of frames ends: " << why;
 }
 
@@ -168,7 +176,7 @@ void ApsVideoWriter::run()
             std::uint64_t wanted = 0;
             {
                 std::unique_lock lock(mutex);
-                changed.wait(lock, [this] { return !queue.empty() || ending; });
+                changed.wait(lock, [this] { return !queue.empty() || ending || failure; });
                 if (!queue.empty()) {
                     drawn = std::move(queue.front());
                     queue.pop_front();

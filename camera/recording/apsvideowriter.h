@@ -36,6 +36,10 @@ public:
     /// the encoder, a process that is killed loses less than a second even where few frames come.
     static constexpr std::uint64_t slotsAhead = 12;
 
+    /// Slots that a frame may leap over, or that events may go on behind the last frame: five minutes. The
+    /// times of a broken clock could ask for repeats that take hours and fill the disk.
+    static constexpr std::uint64_t mostRepeated = 300'000'000 / slot;
+
     /// What became of the slots and frames.
     struct Counts
     {
@@ -70,11 +74,12 @@ public:
     /// Sets the time of the recording's first event, microseconds on the clock of the frames. Frames before
     /// it, or before this is known, are left out. Any thread, once.
     void begin(std::uint64_t firstEvent);
-    /// Takes a frame, of the size of create(), in time order. Its pixels become a video's here, since they
+    /// Takes a frame, of the size of create(), in time order; one that leaps by more than mostRepeated ends
+    /// the video. Its pixels become a video's here, since they
     /// are the caller's: that costs no more than copying them.
     void push(const ApsFrame& frame);
-    /// Fills the slots up to that of the recording's last event, completes the file and ends the thread.
-    /// False when an error came between. After the last push.
+    /// Fills the slots up to that of the recording's last event, mostRepeated of them at most, completes the
+    /// file and ends the thread. False when an error came between. After the last push.
     bool finish(std::uint64_t lastEvent);
 
     bool failed() const { return failure.load(); }

@@ -339,6 +339,10 @@
         <source>the camera&apos;s clock has leapt by more than thirty days</source>
         <translation>the camera&apos;s clock has leapt by more than thirty days</translation>
     </message>
+    <message>
+        <source>no frame could be recorded for five minutes</source>
+        <translation>no frame could be recorded for five minutes</translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>

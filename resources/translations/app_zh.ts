@@ -339,6 +339,10 @@
         <source>the camera&apos;s clock has leapt by more than thirty days</source>
         <translation>相机时间戳跳变超过三十天</translation>
     </message>
+    <message>
+        <source>no frame could be recorded for five minutes</source>
+        <translation>已有五分钟未能录制任何图像帧</translation>
+    </message>
 </context>
 <context>
     <name>MainWidget</name>

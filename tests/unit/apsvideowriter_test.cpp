@@ -147,6 +147,33 @@ TEST_F(ApsVideoTest, AFullDiskEndsTheVideoWithItsReasonAndHoldsNobodyUp)
     EXPECT_FALSE(writer->finish(1'000'000'000));
 }
 
+TEST_F(ApsVideoTest, AFrameWhoseTimeLeapsByMinutesEndsTheVideoBehindWhatCameBefore)
+{
+    const CapturedMessages messages;
+    const auto writer = newWriter(newFile());
+    writer->begin(first);
+    for (std::uint64_t k = 0; k < 30; ++k) {
+        push(*writer, first + k * slot, greyOf(k));
+        waitFor(*writer, k + 1);
+    }
+    push(*writer, first + (31 + ApsVideoWriter::mostRepeated) * slot, 50);
+    EXPECT_TRUE(writer->failed());
+    EXPECT_EQ(writer->error(), QStringLiteral("no frame could be recorded for five minutes"));
+    push(*writer, first + 30 * slot, 50);
+    EXPECT_FALSE(writer->finish(first + 30 * slot));
+    EXPECT_EQ(writer->counts().pictures, 30u);
+    EXPECT_GE(decodeVideo(path).count, 30u - 8u) << "but for the last fragment";
+}
+
+TEST_F(ApsVideoTest, BehindItsLastFrameTheVideoGoesOnForMinutesAtMost)
+{
+    const auto writer = newWriter(newFile());
+    writer->begin(first);
+    push(*writer, first, 100);
+    ASSERT_TRUE(writer->finish(~std::uint64_t(0)));
+    EXPECT_EQ(writer->counts().pictures, 1 + ApsVideoWriter::mostRepeated);
+}
+
 TEST_F(ApsVideoTest, AVideoWithoutAFrameHasNoPicture)
 {
     const auto writer = newWriter(newFile());
