@@ -6,6 +6,10 @@
 
 #include <QFileInfo>
 
+#include <functional>
+#include <memory>
+#include <utility>
+
 // What a user sees when a file that is opened, played, cut or exported meets a fault of its disk, or of other
 // people.
 
@@ -165,6 +169,64 @@ TEST_F(FileFaultsStory, AFolderThatIsRemovedMeanwhileLeavesNoFileAndTheLogSaysWh
 
 namespace {
 
+/// Recordings that meet their fault once they are opened and not loaded yet, behind the spinner.
+class MeddledRecordings : public korvane::recording::RecordingBackend
+{
+public:
+    std::unique_ptr<korvane::DvsFileReader> createDvsFileReader(const std::string& path) override
+    {
+        auto reader = RecordingBackend::createDvsFileReader(path);
+        if (meddle)
+            meddle();
+        return reader;
+    }
+
+    std::function<void()> meddle;
+};
+
+class LoadingFaultsStory : public FileFaultsStory
+{
+protected:
+    LoadingFaultsStory() { backend = meddled; }
+
+    std::shared_ptr<MeddledRecordings> meddled = std::make_shared<MeddledRecordings>();
+};
+
+} // namespace
+
+TEST_F(LoadingFaultsStory, TruncatedBehindTheSpinnerItIsAsLongAsWhatIsLeft)
+{
+    meddled->meddle = [this] { ASSERT_TRUE(QFile::resize(path, QFileInfo(path).size() / 2)); };
+    window->openRecording(path);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    ASSERT_TRUE(wait([this] { return button("pb_play")->isChecked() && position() > 0; }));
+    EXPECT_NEAR(static_cast<double>(timeline()->maximum()), 750'000, 2'000);
+    ASSERT_TRUE(wait([this] { return !button("pb_play")->isChecked(); }));
+    meddled->meddle = nullptr;
+    expectTheProgramGoesOn();
+}
+
+TEST_F(LoadingFaultsStory, RemovedOrEmptiedBehindTheSpinnerItIsAnEmptyRecordingAndTheLogSaysWhy)
+{
+    const std::pair<std::function<void()>, QString> faults[]
+        = {{[this] { QFile::resize(path, 0); }, u"the file is empty"_s},
+           {[this] { QFile::remove(path); }, u"No such file or directory"_s}};
+    for (const auto& [fault, reason] : faults) {
+        meddled->meddle = fault;
+        ASSERT_TRUE(writeMovingBar(path, 100));
+        const CapturedMessages messages;
+        window->openRecording(path);
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "the spinner has gone";
+        EXPECT_EQ(about(messages, path), QStringList{path + u": cannot be loaded: "_s + reason});
+        EXPECT_TRUE(wait([this] { return !button("pb_play")->isChecked(); })) << "there is nothing to play";
+        EXPECT_EQ(timeText(), u"00:00:000000/00:00:000000"_s);
+    }
+    meddled->meddle = nullptr;
+    expectTheProgramGoesOn();
+}
+
+namespace {
+
 /// A fusion recording: a bar that moves, over frames that get brighter and brighter.
 class FusionFileFaultsStory : public FileFaultsStory
 {
@@ -222,6 +284,23 @@ TEST_F(FusionFileFaultsStory, APartOfTheVideoThatCannotBeReadIsPassedOverAndTheR
     ASSERT_TRUE(wait([this] { return !button("pb_play")->isChecked(); })) << "the end";
     EXPECT_GT(disk.failedReads(), 0);
     EXPECT_GT(brightness(), brightnessOf(frameCount - 6)) << "the last frames are seen again";
+    EXPECT_EQ(about(messages, video + u": a part of the file cannot be read: Input/output error"_s).size(),
+              1);
+    expectTheProgramGoesOn();
+}
+
+TEST_F(FusionFileFaultsStory, AVideoWhoseIndexCannotBeReadToItsEndShowsItsLastPictureUnderTheEvents)
+{
+    const CapturedMessages messages;
+    FaultyDisk disk(QDir::currentPath());
+    const auto size = static_cast<std::uint64_t>(QFileInfo(video).size());
+    // Fragments of half a second, each with an index of its own.
+    disk.failReads(u".mp4"_s, size / 2, size);
+    playIt();
+    ASSERT_TRUE(wait([this] { return position() > 300'000; }));
+    EXPECT_GT(brightness(), brightnessOf(0));
+    ASSERT_TRUE(wait([this] { return !button("pb_play")->isChecked(); })) << "the end";
+    EXPECT_LT(brightness(), brightnessOf(frameCount - 10));
     EXPECT_EQ(about(messages, video + u": a part of the file cannot be read: Input/output error"_s).size(),
               1);
     expectTheProgramGoesOn();

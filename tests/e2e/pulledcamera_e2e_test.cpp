@@ -330,7 +330,45 @@ TEST_P(PulledCameraStory, WhileABiasIsDraggedAndARegionTypedThePanelStaysAndNoth
     EXPECT_EQ(panel->findChildren<SettingItemBox*>().size(), 6);
 }
 
+namespace {
+
+/// A camera that opens and does not start.
+class RefusingCameraStory : public PulledCameraStory
+{
+protected:
+    RefusingCameraStory()
+    {
+        auto all = korvane::simulation::standardCameras();
+        for (auto& one : all)
+            one.failStart = true;
+        cameras = std::make_shared<korvane::simulation::SimulatedBackend>(all);
+    }
+};
+
+} // namespace
+
+TEST_P(RefusingCameraStory, OpenedAndNotStartedItIsLostAsQuietly)
+{
+    const CapturedMessages messages;
+    openIt();
+    ASSERT_TRUE(
+        wait([&messages] { return messages.debug().contains(u"Please check the camera connection."_s); }));
+    EXPECT_TRUE(playIsUp());
+    pull();
+    click("pb_play");
+    EXPECT_TRUE(playIsUp());
+    click("pb_record");
+    EXPECT_TRUE(recordIsUp());
+    EXPECT_EQ(messages.debug().count(u"Please connect camera first."_s), 2);
+    EXPECT_EQ(toasts(), QStringList());
+    EXPECT_EQ(files(), QStringList());
+}
+
 INSTANTIATE_TEST_SUITE_P(Cameras, PulledCameraStory,
                          testing::Values(Kind{"QRT4", "QRT-000001", "PEL-000001"},
                                          Kind{"Pellix", "PEL-000001", "QRT-000001"}),
+                         [](const auto& kind) { return std::string(kind.param.product); });
+
+INSTANTIATE_TEST_SUITE_P(Cameras, RefusingCameraStory,
+                         testing::Values(Kind{"QRT4", "QRT-000001", "PEL-000001"}),
                          [](const auto& kind) { return std::string(kind.param.product); });
