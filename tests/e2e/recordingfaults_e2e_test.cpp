@@ -4,6 +4,8 @@
 #include "tests/support/densestream.h"
 #include "tests/support/faultydisk.h"
 
+#include <QElapsedTimer>
+
 #include <sys/stat.h>
 
 // What a user sees when a recording meets a fault of the disk, and what is left of it.
@@ -290,6 +292,8 @@ TEST_F(SlowDiskStory, TwentyMillionEventsASecondAreRecordedWholeWhileTheViewGoes
     FaultyDisk disk(folder.path());
     disk.setSpeed(12e6);
     click("pb_record");
+    QElapsedTimer clock;
+    clock.start();
     click("pb_play");
     ASSERT_TRUE(wait([this] { return text("lb_recoding_time") == u"00:02"_s; })) << "the window answers";
     const QString shown = text("label_show_timestamp_info");
@@ -298,7 +302,8 @@ TEST_F(SlowDiskStory, TwentyMillionEventsASecondAreRecordedWholeWhileTheViewGoes
     EXPECT_EQ(toasts(), QStringList());
     click("pb_play");
     EXPECT_FALSE(button("pb_play")->isChecked());
-    EXPECT_LT(dense->made.count, 60'000'000u) << "the disk held the stream back";
+    EXPECT_LT(static_cast<double>(dense->made.count), 0.8 * 20e3 * static_cast<double>(clock.elapsed()))
+        << "the disk held the stream back";
     click("pb_record");
     EXPECT_EQ(toasts(), QStringList{u"Save file success!"_s});
     ASSERT_EQ(files().size(), 1);
