@@ -28,7 +28,7 @@ constexpr bool isRow(unsigned type)
 constexpr bool concernsBase(std::uint16_t word)
 {
     static_assert(Vector12 == VectorBase + 1 && Vector8 == VectorBase + 2);
-    return word - (VectorBase << 12) < (3u << 12);
+    return word - (Evt3Words::VectorBase << 12) < (3u << 12);
 }
 
 /// The pattern in file order: legacy words stand with their halves swapped.

@@ -1,13 +1,16 @@
+#include "camera/recording/evt3encoder.h"
 #include "camera/recording/recordingindex.h"
 #include "camera/recording/streamprobe.h"
 #include "tests/fuzz/require.h"
 #include "tests/support/decodeall.h"
 #include "tests/support/referencedecoder.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 using namespace korvane;
 using namespace korvane::recording;
@@ -59,6 +62,46 @@ void tryIndex(EvtEncoding encoding, std::span<const std::uint8_t> words, Geometr
     }
 }
 
+/// What was read is written as EVT 3.0, in two parts, and read again.
+void tryEncoder(Geometry geometry, reference::Decoded expected)
+{
+    std::erase_if(expected.triggers, [](const auto& trigger) { return !Evt3Encoder::canName(trigger); });
+    const auto& events = expected.events;
+    const auto& triggers = expected.triggers;
+    if (events.empty())
+        return;
+    // Idle time takes words too.
+    constexpr std::uint64_t longest = 3'600'000'000; // microseconds
+    const std::uint64_t first = triggers.empty()
+        ? events.front().timestamp
+        : std::min(events.front().timestamp, triggers.front().timestamp);
+    const std::uint64_t last = triggers.empty()
+        ? events.back().timestamp
+        : std::max(events.back().timestamp, triggers.back().timestamp);
+    if (last - first > longest)
+        return;
+
+    Evt3Encoder encoder(geometry);
+    std::vector<std::uint8_t> words;
+    const std::size_t half = events.size() / 2;
+    const auto behind = std::partition_point(triggers.begin(), triggers.end(), [&](const auto& trigger) {
+        return trigger.timestamp < events[half].timestamp;
+    });
+    encoder.encode(std::span(events).first(half), std::span(triggers.begin(), behind), words);
+    encoder.encode(std::span(events).subspan(half), std::span(behind, triggers.end()), words);
+    const auto again = reference::decode(EvtEncoding::Evt3, words, geometry);
+
+    // Times count from the first time-high word.
+    const std::uint64_t base = first / 4096 * 4096;
+    for (auto& event : expected.events)
+        event.timestamp -= base;
+    for (auto& trigger : expected.triggers)
+        trigger.timestamp -= base;
+    require(again.events == expected.events, "events that were written are read again");
+    require(again.triggers == expected.triggers, "triggers that were written are read again");
+    require(again.counts == EvtCounts(), "what we write is clean");
+}
+
 void tryProbe(EvtEncoding encoding, std::span<const std::uint8_t> words)
 {
     countWordOrder(words);
@@ -95,6 +138,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto expected = reference::decode(encoding, words, geometry);
     tryDecoders(encoding, words, geometry, portions, expected);
     tryIndex(encoding, words, geometry, expected);
+    tryEncoder(geometry, expected);
     tryProbe(encoding, words);
     return 0;
 }

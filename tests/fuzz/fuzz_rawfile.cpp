@@ -4,6 +4,8 @@
 #include "tests/support/randomstreams.h"
 #include "tests/support/referencedecoder.h"
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <QtGlobal>
 
 #include <algorithm>
@@ -51,6 +53,28 @@ void tryWindows(RawFileReader& reader, const reference::Decoded& whole, RandomSt
     require(!reader.seekTime(last + 1) && !reader.getEventsAt(last + 1, 1), "nothing is behind the end");
 }
 
+/// A part of it, made a recording of its own.
+void tryCut(RawFileReader& reader, const reference::Decoded& whole, RandomStreams& random)
+{
+    // Idle time takes words too.
+    constexpr std::uint64_t longest = 3'600'000'000; // microseconds
+    const std::uint64_t start = whole.events[random.below(whole.events.size())].timestamp;
+    const std::uint64_t end = start + random.below(longest);
+    const QTemporaryDir folder;
+    const std::string path = QFile::encodeName(folder.filePath(QStringLiteral("cut.raw"))).toStdString();
+    require(reader.cutFile(start, end, path), "a range that begins with an event can be cut");
+    QString error;
+    const auto cut = RawFileReader::open(path, error);
+    require(cut && cut->loadFile(), "what was cut is a recording");
+    std::uint64_t last = 0;
+    cut->getEndTimestamp(last);
+    auto events = *cut->getEventsAt(0, last + 1);
+    const std::uint64_t shift = start - events.front().timestamp;
+    for (Event2D& event : events)
+        event.timestamp += shift;
+    require(holds(events, whole.events, start, end - start + 1), "a cut holds the events of its range");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
@@ -77,6 +101,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (loaded) {
         RandomStreams random(size + data[size / 2]);
         tryWindows(*reader, whole, random);
+        if (random.below(8) == 0)
+            tryCut(*reader, whole, random);
     }
     return 0;
 }
