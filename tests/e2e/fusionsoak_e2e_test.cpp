@@ -62,7 +62,7 @@ TEST_F(FusionSoak, OpenedPlayedRecordedAndSwitchedOverAndOverItHoldsNoMoreThanBe
     const int wanted = qEnvironmentVariableIntValue("KORVANE_SOAK_SECONDS", &given);
     const int seconds = given ? wanted : 10;
     constexpr int warmUp = 2;
-    SteadyHoldings holdings(warmUp);
+    SteadyHoldings holdings(warmUp, 200);
     QElapsedTimer timer;
     timer.start();
     for (int number = 1; number <= warmUp + 1 || timer.elapsed() < seconds * 1000; ++number) {

@@ -233,7 +233,7 @@ TEST_F(RandomUse, LeavesAWindowThatWorksAndHoldsNoMoreThanBefore)
     });
     person.start(20);
 
-    SteadyHoldings holdings(warmUp);
+    SteadyHoldings holdings(warmUp, 600);
     QElapsedTimer timer;
     timer.start();
     for (int number = 1; number <= 2 || timer.elapsed() < seconds * 1000; ++number) {
