@@ -42,8 +42,8 @@ struct LongRecording
                 appendEvt3(body, time, column);
         }
         const char* const name = encoding == Encoding::Evt2 ? "EVT2" : "EVT3";
-        return evt::writeFile(path, std::string("% format ") + name + ";height=720;width=1280\n% end\n",
-                              body);
+        return evt::writeFile(
+            path, std::string("% format ").append(name).append(";height=720;width=1280\n% end\n"), body);
     }
 
 private:

@@ -1,35 +1,7 @@
-#include "camera/simulation/replaybackend.h"
-#include "tests/e2e/livestoryfixture.h"
 #include "tests/e2e/program.h"
-#include "tests/support/movingbar.h"
+#include "tests/e2e/replaystory.h"
 
 #include <QTemporaryDir>
-
-namespace {
-
-class ReplayStory : public LiveStory
-{
-protected:
-    void SetUp() override
-    {
-        bar = recorded.filePath(QStringLiteral("moving_bar_of_events.raw"));
-        ASSERT_TRUE(writeMovingBar(bar, 300));
-        replay = std::make_shared<korvane::simulation::ReplayBackend>(recorded.path());
-        korvane::registerBackend(replay);
-        LiveStory::SetUp();
-    }
-    void TearDown() override
-    {
-        LiveStory::TearDown();
-        korvane::unregisterBackend(replay);
-    }
-
-    QTemporaryDir recorded;
-    QString bar;
-    std::shared_ptr<korvane::simulation::ReplayBackend> replay;
-};
-
-} // namespace
 
 TEST(ShippedProgram, PlaysARecordingAsACamera)
 {

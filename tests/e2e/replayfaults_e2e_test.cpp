@@ -1,12 +1,9 @@
-#include "camera/simulation/replaybackend.h"
-#include "tests/e2e/livestoryfixture.h"
+#include "tests/e2e/replaystory.h"
 #include "tests/support/brighteningvideo.h"
 #include "tests/support/capturedmessages.h"
 #include "tests/support/failingdevice.h"
-#include "tests/support/movingbar.h"
 
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 // What a user sees of a recording that stands in for a camera when its file meets a fault.
 
@@ -14,23 +11,10 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-class ReplayFaultsStory : public LiveStory
+class ReplayFaultsStory : public ReplayStory
 {
 protected:
-    void SetUp() override
-    {
-        bar = recorded.filePath(u"bar.raw"_s);
-        video = recorded.filePath(u"bar.mp4"_s);
-        ASSERT_TRUE(writeMovingBar(bar, 1000));
-        replay = std::make_shared<korvane::simulation::ReplayBackend>(recorded.path());
-        korvane::registerBackend(replay);
-        LiveStory::SetUp();
-    }
-    void TearDown() override
-    {
-        LiveStory::TearDown();
-        korvane::unregisterBackend(replay);
-    }
+    ReplayFaultsStory() : ReplayStory(u"bar"_s, 1000) {}
 
     void watch()
     {
@@ -54,10 +38,7 @@ protected:
         ASSERT_TRUE(wait([this] { return !runs(); }));
     }
 
-    QTemporaryDir recorded;
-    QString bar;
-    QString video;
-    std::shared_ptr<korvane::simulation::ReplayBackend> replay;
+    const QString video = recorded.filePath(u"bar.mp4"_s);
 };
 
 } // namespace
