@@ -4,7 +4,8 @@
 # are cut into seeds first. A finding fails the run and lies in build/fuzz/findings: a crash, a sanitizer's report, a
 # single allocation of more than 256 MiB, a process of more than 2 GiB, an input that takes a minute. One that takes a
 # second under the sanitizers is kept there as slow; without them none of the saved ones may, which the tests see.
-# Each target's log is build/fuzz/TARGET.log.
+# Each target's log is build/fuzz/TARGET.log. FFmpeg's tables grow by reallocation, which only the address sanitizer makes
+# slow: whether an input of apsvideo that took too long is a finding, its replay tells.
 #
 # fuzz.sh --minimise [TARGET...]: takes what build/fuzz/corpus covers beyond tests/fuzz/corpus over into it.
 # fuzz.sh --coverage: which lines of the files that read recordings and settings tests/fuzz/corpus reaches.
