@@ -36,7 +36,9 @@ constexpr YuvColour yuvColour(Rgb32 colour)
     const double green = (colour >> 8) & 0xFF;
     const double blue = colour & 0xFF;
     const double luma = bt709::red * red + bt709::green * green + bt709::blue * blue;
-    const auto rounded = [](double value) { return static_cast<std::uint8_t>(value + 0.5); };
+    // Nothing is below 0, and std::lround is no constant expression.
+    const auto rounded
+        = [](double value) { return static_cast<std::uint8_t>(static_cast<unsigned>(2 * value + 1) / 2); };
     return {rounded(16 + luma * 219 / 255), rounded(128 + (blue - luma) / bt709::cbDivisor * 224 / 255),
             rounded(128 + (red - luma) / bt709::crDivisor * 224 / 255)};
 }
