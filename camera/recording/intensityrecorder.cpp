@@ -16,6 +16,8 @@ namespace korvane::recording {
 
 namespace {
 
+constexpr std::uint64_t picturesOfASecond = 1'000'000 / ApsVideoWriter::slot;
+
 /// A file that takes nothing any more once somebody has removed or truncated it: what goes there is lost.
 class WatchedFile : public QFile
 {
@@ -141,9 +143,11 @@ void IntensityRecorder::stop()
             const std::lock_guard lock(mutex);
             recorderState.error = ended->error().toLocal8Bit().toStdString();
         }
+        const std::uint64_t pictures = ended->counts().pictures;
         ended.reset();
-        // A video that cannot be played would keep its events from being.
-        if (QFileInfo::exists(path) && !isPlayable(path)) {
+        // A video that cannot be played would keep its events from being. One of a second or more has
+        // pictures: where a failing disk does not give them now, it may later.
+        if (pictures < picturesOfASecond && QFileInfo::exists(path) && !isPlayable(path)) {
             qInfo().noquote().nospace()
                 << path << ": no picture was written before the fault; the file is removed";
             QFile::remove(path);
